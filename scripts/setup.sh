@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# One entry for setting up, building and running TetherMedia on Debian 12.
+#
+#   scripts/setup.sh deps            install the system packages the build needs
+#   scripts/setup.sh build [PRESET]  deps, then configure and build (default: release)
+#   scripts/setup.sh main            build, then run the main job
+#   scripts/setup.sh test            build, then run every test of the release preset
+#
+# Installing is idempotent: only missing packages are fetched, and the package
+# lists are refreshed once, only when something is missing.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+PACKAGES=(
+  build-essential cmake ninja-build pkg-config ccache git
+  clang libclang-rt-14-dev
+  libboost-dev rapidjson-dev libxxhash-dev libmsgpack-cxx-dev
+  libpng-dev libsndfile1-dev libcli11-dev
+  libgtest-dev libgmock-dev libbenchmark-dev
+)
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+install_deps() {
+  local missing=()
+  for package in "${PACKAGES[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+      missing+=("$package")
+    fi
+  done
+  if [ "${#missing[@]}" -eq 0 ]; then
+    return
+  fi
+  echo "setup: installing ${missing[*]}"
+  as_root apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+build() {
+  local preset="${1:-release}"
+  install_deps
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset" -j "$(nproc)"
+}
+
+case "${1:-build}" in
+  deps) install_deps ;;
+  build) build "${2:-release}" ;;
+  main)
+    build release
+    exec ./build/release/bin/tetherhost demo
+    ;;
+  test)
+    build release
+    ctest --preset release -j "$(nproc)"
+    ;;
+  *)
+    echo "usage: $0 {deps|build [PRESET]|main|test}" >&2
+    exit 2
+    ;;
+esac
