@@ -64,8 +64,22 @@ Guid::Guid(std::string_view text) {
   if (ParseBytes(text, bytes)) *this = FromBytes(bytes);
 }
 
+namespace {
+
+// Each thread's engine is seeded with 256 bits from the system, so that no two
+// threads (or processes) are likely to start from the same state: a single
+// 32-bit seed would make equal sequences a matter of 2^32 tries.
+std::mt19937_64 MakeEngine() {
+  std::random_device device;
+  std::seed_seq seed{device(), device(), device(), device(),
+                     device(), device(), device(), device()};
+  return std::mt19937_64(seed);
+}
+
+}  // namespace
+
 Guid Guid::CreateUnique() {
-  thread_local std::mt19937_64 engine{std::random_device{}()};
+  thread_local std::mt19937_64 engine = MakeEngine();
   uint8_t bytes[16];
   const uint64_t high = engine();
   const uint64_t low = engine();

@@ -33,8 +33,10 @@ struct Guid {
   // that is not exactly that form gives the nil Guid.
   explicit Guid(std::u16string_view text);
   explicit Guid(std::string_view text);
-  explicit Guid(const char* text) : Guid(std::string_view(text)) {}
-  explicit Guid(const char16_t* text) : Guid(std::u16string_view(text)) {}
+  // A null pointer gives the nil Guid.
+  explicit Guid(const char* text) : Guid(text ? std::string_view(text) : std::string_view()) {}
+  explicit Guid(const char16_t* text)
+      : Guid(text ? std::u16string_view(text) : std::u16string_view()) {}
 
   // A fresh random identifier (version 4).
   static Guid CreateUnique();
