@@ -1,0 +1,45 @@
+#pragma once
+
+#include <tether/CaptionData.h>
+#include <tether/MediaTypes.h>
+#include <tether/SourceInfo.h>
+
+#include <kilncore/utility/Guid.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace tether::testing {
+
+// What a scripted source answers.
+//
+// The getters answer from `info`, as a real source answers from its server's
+// description: GetName from name, GetID from sourceID, GetContentState from
+// contentState, GetParentProjectFile from file, GetFrameSize is
+// (0, 0, width, height), GetDuration from duration, and so on member by member
+// (see ScriptedSource in the double's sources). Source::Init replaces `info`,
+// so the getters follow a patched description.
+struct ScriptedSourceSetup {
+  SourceInfo info;
+  // GetNativeFieldType; when empty it answers info.fieldType.
+  std::optional<FieldType> nativeFieldType;
+  // RenderXMP's packet.
+  std::string xmp;
+  CaptionData captionData;
+  // The flag given to SetCaptionSelectionData's callback.
+  bool captionSelectionResult = true;
+  // DoesSourceContainLink's answer.
+  bool containsLink = false;
+  // GetRuntimeGuid's answer.
+  kilncore::utility::Guid runtimeGuid;
+  // Size of each rendered frame in bytes (see ScriptedSignals.h for the bytes).
+  size_t frameBytes = 64;
+
+  // A typical item: 1920 x 1080 square pixels, 24 fps progressive, 10 seconds,
+  // stereo audio at 48 kHz, a BGRA native format, named "Item", with a fixed
+  // non-nil content state. It is what unregistered keys get.
+  static ScriptedSourceSetup Typical();
+};
+
+}  // namespace tether::testing

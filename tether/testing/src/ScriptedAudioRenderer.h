@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ScriptedObject.h"
+
+#include <tether/AudioRenderOptions.h>
+#include <tether/AudioRenderer.h>
+#include <tether/MediaTypes.h>
+
+#include <cstdint>
+#include <mutex>
+
+namespace tether::testing {
+
+// An audio renderer of the double: hands out blocks of ScriptedAudioSample,
+// from the frame it was opened at, one block after the other.
+class ScriptedAudioRenderer : public AudioRenderer, protected ScriptedObject {
+ public:
+  ScriptedAudioRenderer(std::weak_ptr<ScriptedBackend> backend, std::string sourceKey,
+                        const AudioRenderOptions& options, const RatioTime& position, uint32_t blockSamples);
+
+  void RenderAudio(RenderCallback callback, const kilncore::utility::Guid& identifier) override;
+
+ private:
+  const uint32_t mChannels;
+  const int64_t mFramesPerBlock;
+  std::mutex mMutex;
+  int64_t mNextFrame;
+};
+
+}  // namespace tether::testing
