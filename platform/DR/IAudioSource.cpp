@@ -1,0 +1,7 @@
+#include <DR/IAudioSource.h>
+
+namespace DR {
+
+IAudioSource::~IAudioSource() = default;
+
+}  // namespace DR

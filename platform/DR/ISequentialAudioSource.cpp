@@ -1,0 +1,7 @@
+#include <DR/ISequentialAudioSource.h>
+
+namespace DR {
+
+ISequentialAudioSource::~ISequentialAudioSource() = default;
+
+}  // namespace DR

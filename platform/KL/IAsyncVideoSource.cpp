@@ -1,0 +1,7 @@
+#include <KL/IAsyncVideoSource.h>
+
+namespace KL {
+
+IAsyncVideoSource::~IAsyncVideoSource() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/ICaptioningSource.h>
+
+namespace KL {
+
+ICaptioningSource::~ICaptioningSource() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/ICaptioningSourceOwner.h>
+
+namespace KL {
+
+ICaptioningSourceOwner::~ICaptioningSourceOwner() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/ICircularDependencyOwner.h>
+
+namespace KL {
+
+ICircularDependencyOwner::~ICircularDependencyOwner() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IClipLoggingInfo.h>
+
+namespace KL {
+
+IClipLoggingInfo::~IClipLoggingInfo() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IFontSetWatcher.h>
+
+namespace KL {
+
+IFontSetWatcher::~IFontSetWatcher() = default;
+
+}  // namespace KL

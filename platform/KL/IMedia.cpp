@@ -1,0 +1,7 @@
+#include <KL/IMedia.h>
+
+namespace KL {
+
+IMedia::~IMedia() = default;
+
+}  // namespace KL

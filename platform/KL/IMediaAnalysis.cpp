@@ -1,0 +1,7 @@
+#include <KL/IMediaAnalysis.h>
+
+namespace KL {
+
+IMediaAnalysis::~IMediaAnalysis() = default;
+
+}  // namespace KL

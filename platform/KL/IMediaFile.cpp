@@ -1,0 +1,7 @@
+#include <KL/IMediaFile.h>
+
+namespace KL {
+
+IMediaFile::~IMediaFile() = default;
+
+}  // namespace KL

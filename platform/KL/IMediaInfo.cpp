@@ -1,0 +1,7 @@
+#include <KL/IMediaInfo.h>
+
+namespace KL {
+
+IMediaInfo::~IMediaInfo() = default;
+
+}  // namespace KL

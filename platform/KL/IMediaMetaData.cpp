@@ -1,0 +1,7 @@
+#include <KL/IMediaMetaData.h>
+
+namespace KL {
+
+IMediaMetaData::~IMediaMetaData() = default;
+
+}  // namespace KL

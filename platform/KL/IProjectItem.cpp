@@ -1,0 +1,7 @@
+#include <KL/IProjectItem.h>
+
+namespace KL {
+
+IProjectItem::~IProjectItem() = default;
+
+}  // namespace KL

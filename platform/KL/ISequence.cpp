@@ -1,0 +1,7 @@
+#include <KL/ISequence.h>
+
+namespace KL {
+
+ISequence::~ISequence() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IVideoSource.h>
+
+namespace KL {
+
+IVideoSource::~IVideoSource() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/MediaInfoChangedMessage.h>
+
+namespace KL {
+
+MediaInfoChangedMessage::~MediaInfoChangedMessage() = default;
+
+}  // namespace KL

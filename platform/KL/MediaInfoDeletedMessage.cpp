@@ -1,0 +1,7 @@
+#include <KL/MediaInfoDeletedMessage.h>
+
+namespace KL {
+
+MediaInfoDeletedMessage::~MediaInfoDeletedMessage() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/OverrideReadOnlyPropertyWarningMessage.h>
+
+namespace KL {
+
+OverrideReadOnlyPropertyWarningMessage::~OverrideReadOnlyPropertyWarningMessage() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <RL/IPane.h>
+
+namespace RL {
+
+IPane::~IPane() = default;
+
+}  // namespace RL

@@ -1,0 +1,7 @@
+#include <RL/IRenderableExtendedStillInfo.h>
+
+namespace RL {
+
+IRenderableExtendedStillInfo::~IRenderableExtendedStillInfo() = default;
+
+}  // namespace RL

@@ -1,0 +1,7 @@
+#include <RL/ISmartRenderSegmentInfo.h>
+
+namespace RL {
+
+ISmartRenderSegmentInfo::~ISmartRenderSegmentInfo() = default;
+
+}  // namespace RL

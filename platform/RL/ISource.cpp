@@ -1,0 +1,7 @@
+#include <RL/ISource.h>
+
+namespace RL {
+
+ISource::~ISource() = default;
+
+}  // namespace RL
