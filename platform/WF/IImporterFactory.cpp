@@ -1,0 +1,7 @@
+#include <WF/IImporterFactory.h>
+
+namespace WF {
+
+IImporterFactory::~IImporterFactory() = default;
+
+}  // namespace WF
