@@ -39,6 +39,12 @@ install_deps() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
+# ccache results are shared between clones of the tree (CI builds a fresh clone
+# each time): paths are hashed relative to the tree, and the working directory
+# is left out of the hash.
+export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$PWD}"
+export CCACHE_NOHASHDIR="${CCACHE_NOHASHDIR:-1}"
+
 build() {
   local preset="${1:-release}"
   install_deps

@@ -1,0 +1,117 @@
+// tetherhost: the reference host. It starts the host's platform, loads the
+// module through its exported entry points and the importer factory, and shows
+// what the module answers.
+
+#include <TetherMedia/Lifecycle.h>
+#include <TetherMedia/Prefs.h>
+#include <TetherMedia/RequestFutures.h>
+
+#include <WF/IImporterFactory.h>
+#include <WF/IMediaModule.h>
+#include <WF/ReferenceImporterFactory.h>
+#include <kilncore/classref/ClassFactory.h>
+#include <kilncore/appstatemanager/AppStateManager.h>
+#include <kilncore/async/UntypedFuture.h>
+#include <kilncore/config/KilnException.h>
+#include <kilncore/string/UTFConversion.h>
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+namespace {
+
+using kilncore::string::UTF16to8;
+
+std::string Hex(int32_t code) {
+  char text[16];
+  std::snprintf(text, sizeof(text), "0x%08X", static_cast<uint32_t>(code));
+  return text;
+}
+
+// The host's side of start-up: the application is running, and the importer
+// layer has its factory, before any module is initialised.
+void StartPlatform() {
+  kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateRunning);
+  WF::RegisterReferenceImporterFactory();
+  std::printf("platform: application running, importer factory registered\n");
+}
+
+void ShowModules() {
+  kilncore::classref::InterfaceRef<WF::IImporterFactory> factory =
+      kilncore::classref::CreateClassInstanceRef(WF::kImporterFactoryClassID);
+  for (const auto& module : factory->GetMediaModules()) {
+    const uint32_t code = module->GetModuleCode();
+    const char fourcc[5] = {static_cast<char>(code >> 24), static_cast<char>(code >> 16),
+                            static_cast<char>(code >> 8), static_cast<char>(code), 0};
+    std::printf("importer: \"%s\" (%s), code '%s', revision %d, recognises key %u: %s\n",
+                UTF16to8(module->GetModuleName()).c_str(),
+                UTF16to8(module->GetModuleDisplayName()).c_str(), fourcc,
+                module->GetModuleRevision(), code,
+                module->RecognizesImporterKey(kilncore::string::UTF8to16(std::to_string(code)))
+                    ? "yes"
+                    : "no");
+  }
+}
+
+// A clip's prefs blob: which item it shows, and how the owner renders it.
+void ShowPrefsBlob() {
+  const auto sourceID = kilncore::utility::Guid::CreateUnique();
+  const RL::BinaryData prefs = TetherMedia::SourceIDToPrefs(sourceID);
+  std::printf("prefs: item %s packs into %zu bytes and reads back as %s\n",
+              sourceID.AsUTF8String().c_str(), prefs.GetSize(),
+              TetherMedia::PrefsToSourceID(prefs).AsUTF8String().c_str());
+}
+
+// An import the host cancels: the request table ends it with "User Canceled".
+void ShowCancellableRequest() {
+  const kilncore::WideString path = u"/projects/demo.marlp";
+  const auto sourceID = kilncore::utility::Guid::CreateUnique();
+  auto pair = TetherMedia::CreateRequestFuture(path, sourceID);
+  TetherMedia::CancelRequest(path, sourceID);
+  kilncore::async::WaitForUntypedUntil(pair.future,
+                                       std::chrono::steady_clock::now() + std::chrono::seconds(5),
+                                       true);
+  std::printf("request: cancelled by path and item, ended with %s\n",
+              Hex(kilncore::config::ExtractResultFromException(pair.future.GetException())).c_str());
+}
+
+// Termination fails whatever is still open, then the module shuts down.
+void StopPlatform(kilncore::async::FuturePromisePair<void> open) {
+  kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateTerminating);
+  std::printf("termination: an open request ended with %s\n",
+              Hex(kilncore::config::ExtractResultFromException(open.future.GetException())).c_str());
+  TetherMedia::Shutdown();
+  std::printf("module: shut down\n");
+}
+
+int RunDemo() {
+  StartPlatform();
+  TetherMedia::Initialize();
+  std::printf("module: initialised, implementation %s, progress station %s\n",
+              TetherMedia::GetTetherImplementationID().AsUTF8String().c_str(),
+              TetherMedia::GetProgressStation().AsUTF8().c_str());
+  ShowModules();
+  ShowPrefsBlob();
+  ShowCancellableRequest();
+  StopPlatform(TetherMedia::CreateRequestFuture());
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"tetherhost: a reference host for the TetherMedia module"};
+  app.require_subcommand(1);
+  auto* demo = app.add_subcommand("demo", "start the platform and the module and show what they do");
+  CLI11_PARSE(app, argc, argv);
+  try {
+    if (*demo) return RunDemo();
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "tetherhost: %s\n", e.what());
+    return 1;
+  }
+  return 0;
+}
