@@ -63,7 +63,11 @@ class TreeBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TreeB
   JSONValuePtr TakeRoot() { return std::move(mRoot); }
 
  private:
+  // A container being filled. The frame owns it until it closes: with a
+  // duplicate key the parent keeps its first value and drops this one, and the
+  // values that follow must still land somewhere alive.
   struct Frame {
+    JSONValuePtr owner;
     JSONObject* object;
     JSONArray* array;
     std::string key;
@@ -85,7 +89,7 @@ class TreeBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TreeB
 
   bool Open(JSONValuePtr container) {
     if (mStack.size() >= kMaxJSONNestingDepth) return false;
-    Frame frame{std::any_cast<JSONObject>(container.get()),
+    Frame frame{container, std::any_cast<JSONObject>(container.get()),
                 std::any_cast<JSONArray>(container.get()), {}};
     Add(std::move(container));
     mStack.push_back(std::move(frame));

@@ -81,6 +81,17 @@ TEST(JSONParseTest, FirstOfDuplicateKeysWins) {
   EXPECT_EQ(std::any_cast<uint64_t>(*AsObject(root).at("k")), 1u);
 }
 
+// The dropped duplicate is a container still being filled while its own
+// values are parsed; it must stay alive until it closes.
+TEST(JSONParseTest, DuplicateKeyWithContainerValuesKeepsTheFirst) {
+  const JSONValuePtr root = JSONParse(u"{\"a\":[1],\"a\":[2,{\"b\":[3]}],\"c\":{\"d\":1}}");
+  ASSERT_TRUE(root);
+  const auto& first = std::any_cast<const JSONArray&>(*AsObject(root).at("a"));
+  ASSERT_EQ(first.size(), 1u);
+  EXPECT_EQ(std::any_cast<uint64_t>(*first[0]), 1u);
+  EXPECT_TRUE(AsObject(root).count("c"));
+}
+
 TEST(JSONParseTest, SurroundingWhitespaceIsAllowed) {
   EXPECT_TRUE(JSONParse(u"  \n\t{ \"a\" : [ ] }\r\n "));
 }
