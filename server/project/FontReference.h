@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tetherserver {
+
+// A font that a project uses. `available` false means that this machine lacks
+// it: the project reports it as a missing font. All texts are UTF-8.
+struct FontReference {
+  std::string family;
+  std::string style;
+  std::string fullName;
+  std::string file;
+  int32_t technology = 0;
+  bool available = true;
+
+  friend bool operator==(const FontReference&, const FontReference&) = default;
+};
+
+}  // namespace tetherserver

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tetherserver {
+
+// A colour with straight components in 0..1.
+struct Rgba {
+  float r = 0.0f;
+  float g = 0.0f;
+  float b = 0.0f;
+  float a = 1.0f;
+
+  friend bool operator==(const Rgba&, const Rgba&) = default;
+};
+
+// A point or size in composition pixels.
+struct Vec2 {
+  double x = 0.0;
+  double y = 0.0;
+
+  friend bool operator==(const Vec2&, const Vec2&) = default;
+};
+
+// One layer of a composition. Which members count depends on `type`; the
+// others keep their defaults. docs/project-format.md describes each type.
+struct Layer {
+  enum class Type {
+    // Fills the frame with `color`.
+    kSolid,
+    // Blends `color` into `colorTo` across the frame.
+    kGradient,
+    // A rectangle of `size` and `color` moving from `from` (first frame) to
+    // `to` (last frame).
+    kMovingShape,
+    // The frame number (start frame included) as digits at `from`.
+    kFrameNumberBurnIn,
+    // The timecode of the frame as HH:MM:SS:FF (';' before FF when drop-frame).
+    kTimecodeBurnIn,
+  };
+  enum class Direction { kHorizontal, kVertical };
+
+  Type type = Type::kSolid;
+  std::string name;
+  // Drawn only when the render options ask for guide layers.
+  bool guide = false;
+  Rgba color;
+  Rgba colorTo;
+  Direction direction = Direction::kHorizontal;
+  Vec2 from;
+  Vec2 to;
+  Vec2 size;
+  // Burn-in: composition pixels per glyph dot.
+  uint32_t scale = 8;
+  // Burn-in: fills the text's box before the digits are drawn.
+  Rgba background{0.0f, 0.0f, 0.0f, 0.0f};
+
+  friend bool operator==(const Layer&, const Layer&) = default;
+};
+
+}  // namespace tetherserver
