@@ -1,0 +1,36 @@
+#include "ServerProcessInProcess.h"
+
+#include "SessionProjectContent.h"
+
+#include <tether/wire/Channel.h>
+
+namespace tetherserver {
+
+InProcessServer::InProcessServer(Session::Options options)
+    : mOptions(options), mContent(std::make_shared<SessionProjectContent>()) {}
+
+InProcessServer::~InProcessServer() {
+  StopAll();
+  std::lock_guard lock(mMutex);
+  for (auto& running : mSessions) {
+    running.thread.join();
+  }
+}
+
+tether::wire::UniqueFd InProcessServer::Connect() {
+  auto [client, server] = tether::wire::MakeSocketPair();
+  std::lock_guard lock(mMutex);
+  auto& running = mSessions.emplace_back();
+  running.session = std::make_unique<Session>(std::move(server), mContent, mOptions);
+  running.thread = std::thread([session = running.session.get()] { session->Run(); });
+  return std::move(client);
+}
+
+void InProcessServer::StopAll() {
+  std::lock_guard lock(mMutex);
+  for (auto& running : mSessions) {
+    running.session->Stop();
+  }
+}
+
+}  // namespace tetherserver

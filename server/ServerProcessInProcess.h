@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Session.h"
+
+#include <tether/wire/UniqueFd.h>
+
+#include <list>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace tetherserver {
+
+// The server inside the calling process, on its own threads, speaking the
+// same protocol over socket pairs: for fast integration tests.
+//
+//   tetherserver::InProcessServer server;
+//   auto backend = tether::ipc::IpcBackend::CreateWithConnector([&] { return server.Connect(); });
+class InProcessServer {
+ public:
+  explicit InProcessServer(Session::Options options = {});
+  // Stops every session and joins its thread.
+  ~InProcessServer();
+
+  // A new session; returns the client's end of its socket pair.
+  tether::wire::UniqueFd Connect();
+  // Stops every session, as if the server had died.
+  void StopAll();
+
+ private:
+  struct Running {
+    std::unique_ptr<Session> session;
+    std::thread thread;
+  };
+
+  Session::Options mOptions;
+  std::shared_ptr<const SessionContent> mContent;
+  std::mutex mMutex;
+  std::list<Running> mSessions;
+};
+
+}  // namespace tetherserver

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "SessionContent.h"
+
+#include <tether/wire/BufferPool.h>
+#include <tether/wire/Channel.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <variant>
+#include <vector>
+
+namespace tetherserver {
+
+// One client's connection to the server: reads its requests, runs them on a
+// few worker threads, keeps the objects it made (by handle) and its shared
+// buffer pool. Pings are answered at once by the reader, so a long render
+// doesn't look like a stuck server.
+class Session {
+ public:
+  struct Options {
+    // False: a fresh shared buffer for every frame (for comparison only).
+    bool recycleBuffers = true;
+    size_t workerThreads = 4;
+  };
+
+  Session(tether::wire::UniqueFd socket, std::shared_ptr<const SessionContent> content, Options options);
+  // Stops: the reader and the workers end, unanswered requests are dropped.
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // Serves until the client closes the connection, breaks the protocol, or
+  // Stop is called.
+  void Run();
+  // Ends Run from another thread.
+  void Stop();
+
+  struct Object;
+
+ private:
+  using Body = tether::AnyObject;
+
+  void Dispatch(tether::wire::Message message);
+  void HandleNotice(const tether::wire::Message& message);
+  void HandleRequest(const tether::wire::Message& message);
+  void Reply(uint64_t id, int32_t status, tether::AnyValue body, std::vector<tether::wire::UniqueFd> fds = {});
+  uint64_t Store(std::shared_ptr<Object> object);
+  std::shared_ptr<Object> Find(uint64_t handle);
+  void SendBlock(uint64_t id, const tether::wire::BufferPool::Lease& lease, size_t size);
+  void WorkerLoop();
+
+  // Request handlers: fill `reply` and return a status, or return -1 to leave
+  // the request unanswered.
+  int32_t Handle(const std::string& op, const Body& args, uint64_t id, Body& reply);
+  int32_t RenderVideo(Object& renderer, const Body& args, uint64_t id);
+  int32_t RenderAudio(Object& renderer, uint64_t id);
+
+  tether::wire::Channel mChannel;
+  std::shared_ptr<const SessionContent> mContent;
+  const Options mOptions;
+  tether::wire::BufferPool mPool;
+
+  std::mutex mObjectsMutex;
+  uint64_t mNextHandle = 1;
+  std::map<uint64_t, std::shared_ptr<Object>> mObjects;
+
+  std::mutex mQueueMutex;
+  std::condition_variable mQueueWake;
+  std::deque<tether::wire::Message> mQueue;
+  bool mStopping = false;
+  std::vector<std::thread> mWorkers;
+};
+
+}  // namespace tetherserver

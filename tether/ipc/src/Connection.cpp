@@ -1,0 +1,312 @@
+#include "Connection.h"
+
+#include "ConnectionBuffers.h"
+
+#include <tether/wire/Protocol.h>
+#include <tether/wire/TreeAccess.h>
+#include <tether/wire/WireError.h>
+
+#include <kilncore/logging/Log.h>
+
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <future>
+
+namespace tether::ipc {
+namespace {
+
+int64_t NowNanos() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+}  // namespace
+
+std::shared_ptr<Connection> Connection::Start(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor,
+                                              Options options, std::function<void()> onBreak) {
+  std::shared_ptr<Connection> connection(
+      new Connection(std::move(socket), std::move(executor), options, std::move(onBreak)));
+  std::weak_ptr<Connection> weak = connection;
+  connection->mBuffers = std::make_shared<ConnectionBuffers>([weak](uint32_t id) {
+    if (auto self = weak.lock()) {
+      self->Notify("buffer.release", MakeAny(AnyObject{{"buffer", MakeAny(id)}}));
+    }
+  });
+  connection->OnNotice("buffer.forget", [weak](const AnyValue& body) {
+    if (auto self = weak.lock()) {
+      std::vector<uint32_t> ids;
+      for (const auto& id : wire::AsArray(wire::Field(wire::AsObject(body), "buffers"))) {
+        ids.push_back(wire::AsUint32(id));
+      }
+      self->mBuffers->Forget(ids);
+    }
+  });
+  connection->OnNotice("pong", [](const AnyValue&) {});
+  connection->mLastHeardNanos = NowNanos();
+  // The threads keep the connection alive until it breaks.
+  connection->mReader = std::thread([connection] { connection->ReadLoop(); });
+  connection->mHeartbeat = std::thread([connection] { connection->HeartbeatLoop(); });
+  return connection;
+}
+
+Connection::Connection(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor, Options options,
+                       std::function<void()> onBreak)
+    : mChannel(std::move(socket)), mExecutor(std::move(executor)), mOptions(options), mOnBreak(std::move(onBreak)) {
+  // A server that stops reading must not block a sender forever: the send
+  // fails after the heartbeat's limit and breaks the connection.
+  auto limit = std::chrono::duration_cast<std::chrono::microseconds>(mOptions.heartbeatTimeout);
+  timeval timeout{static_cast<time_t>(limit.count() / 1000000), static_cast<suseconds_t>(limit.count() % 1000000)};
+  ::setsockopt(mChannel.Descriptor(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+}
+
+Connection::~Connection() {
+  Break(wire::kStatusServerUnavailable);
+  JoinThreads();
+}
+
+void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Failer fail) {
+  wire::Message message;
+  message.kind = wire::MessageKind::kRequest;
+  message.op = op;
+  message.body = std::move(body);
+  {
+    std::lock_guard lock(mMutex);
+    if (!mBroken) {
+      message.id = mNextId++;
+      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail)});
+    }
+  }
+  if (message.id == 0) {
+    Fail(Pending{nullptr, std::move(fail)}, wire::kStatusServerUnavailable);
+    return;
+  }
+  try {
+    mChannel.Send(message);
+  } catch (const wire::WireError&) {
+    // Our own message can't be framed (too large): only this call fails.
+    Pending pending;
+    {
+      std::lock_guard lock(mMutex);
+      auto it = mPending.find(message.id);
+      if (it == mPending.end()) {
+        return;
+      }
+      pending = std::move(it->second);
+      mPending.erase(it);
+    }
+    Fail(std::move(pending), wire::kStatusBadMessage);
+  } catch (...) {
+    Break(wire::kStatusServerUnavailable);
+  }
+}
+
+void Connection::Notify(const std::string& op, AnyValue body) {
+  if (mBroken) {
+    return;
+  }
+  wire::Message message;
+  message.kind = wire::MessageKind::kNotice;
+  message.op = op;
+  message.body = std::move(body);
+  try {
+    mChannel.Send(message);
+  } catch (...) {
+    Break(wire::kStatusServerUnavailable);
+  }
+}
+
+void Connection::Subscribe(uint64_t handle, ObjectNoticeHandler handler) {
+  std::lock_guard lock(mMutex);
+  mSubscribers[handle] = std::move(handler);
+}
+
+void Connection::Unsubscribe(uint64_t handle) {
+  std::lock_guard lock(mMutex);
+  mSubscribers.erase(handle);
+}
+
+void Connection::OnNotice(const std::string& op, NoticeHandler handler) {
+  std::lock_guard lock(mMutex);
+  mNoticeHandlers[op] = std::move(handler);
+}
+
+bool Connection::Handshake(std::chrono::milliseconds timeout) {
+  auto answered = std::make_shared<std::promise<bool>>();
+  auto future = answered->get_future();
+  Call(
+      "hello",
+      MakeAny(AnyObject{{"protocol", MakeAny(wire::kProtocolVersion)}, {"client", MakeAny(std::string("tether-ipc"))}}),
+      [answered](Reply& reply) -> Completion {
+        uint32_t version = wire::AsUint32(wire::Field(wire::AsObject(reply.body), "protocol"));
+        answered->set_value(version == wire::kProtocolVersion);
+        return [] {};
+      },
+      [answered](int32_t) -> Completion {
+        return [answered] { answered->set_value(false); };
+      });
+  bool ok = future.wait_for(timeout) == std::future_status::ready && future.get();
+  if (!ok) {
+    Break(wire::kStatusServerUnavailable);
+  }
+  return ok;
+}
+
+void Connection::Break(int32_t status) {
+  std::map<uint64_t, Pending> pending;
+  {
+    std::lock_guard lock(mMutex);
+    if (mBroken.exchange(true)) {
+      return;
+    }
+    pending.swap(mPending);
+  }
+  mChannel.Shutdown();
+  mHeartbeatWake.notify_all();
+  if (mBuffers) {
+    mBuffers->Disconnect();
+  }
+  for (auto& [id, call] : pending) {
+    Fail(std::move(call), status);
+  }
+  if (mOnBreak) {
+    mExecutor->Post(std::move(mOnBreak));
+  }
+}
+
+void Connection::Close() {
+  Break(wire::kStatusServerUnavailable);
+  JoinThreads();
+}
+
+void Connection::JoinThreads() {
+  for (std::thread* thread : {&mReader, &mHeartbeat}) {
+    if (!thread->joinable()) {
+      continue;
+    }
+    if (thread->get_id() == std::this_thread::get_id()) {
+      thread->detach();
+    } else {
+      thread->join();
+    }
+  }
+}
+
+void Connection::Fail(Pending pending, int32_t status) {
+  if (status == 0) {
+    status = wire::kStatusFailed;
+  }
+  Completion completion;
+  try {
+    completion = pending.fail(status);
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc::Connection::Fail");
+    return;
+  }
+  mExecutor->Post(std::move(completion));
+}
+
+void Connection::ReadLoop() {
+  try {
+    while (!mBroken) {
+      auto message = mChannel.Receive();
+      if (!message) {
+        break;
+      }
+      mLastHeardNanos = NowNanos();
+      if (message->kind == wire::MessageKind::kReply) {
+        HandleReply(*message);
+      } else if (message->kind == wire::MessageKind::kNotice) {
+        HandleNotice(*message);
+      }
+      // Requests from the server aren't part of the protocol: ignored.
+    }
+  } catch (...) {
+    // A stream out of step can't be trusted for any later message.
+    if (!mBroken) {
+      kilncore::logging::LogException(std::current_exception(), "tether::ipc::Connection::ReadLoop");
+    }
+  }
+  Break(wire::kStatusServerUnavailable);
+}
+
+void Connection::HandleReply(wire::Message& message) {
+  Pending pending;
+  {
+    std::lock_guard lock(mMutex);
+    auto it = mPending.find(message.id);
+    if (it == mPending.end()) {
+      return;  // a reply to nothing: a confused server, ignored
+    }
+    pending = std::move(it->second);
+    mPending.erase(it);
+  }
+  if (message.status != wire::kStatusOK) {
+    Fail(std::move(pending), message.status);
+    return;
+  }
+  Completion completion;
+  try {
+    Reply reply{message.status, std::move(message.body), std::move(message.fds)};
+    completion = pending.decode(reply);
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc malformed reply", message.op);
+    Fail(std::move(pending), wire::kStatusBadMessage);
+    return;
+  }
+  mExecutor->Post(std::move(completion));
+}
+
+void Connection::HandleNotice(const wire::Message& message) {
+  try {
+    NoticeHandler handler;
+    ObjectNoticeHandler subscriber;
+    {
+      std::lock_guard lock(mMutex);
+      auto it = mNoticeHandlers.find(message.op);
+      if (it != mNoticeHandlers.end()) {
+        handler = it->second;
+      }
+    }
+    if (handler) {
+      handler(message.body);
+      return;
+    }
+    uint64_t handle = wire::AsUint64(wire::Field(wire::AsObject(message.body), "handle"));
+    {
+      std::lock_guard lock(mMutex);
+      auto it = mSubscribers.find(handle);
+      if (it != mSubscribers.end()) {
+        subscriber = it->second;
+      }
+    }
+    if (subscriber) {
+      subscriber(message.op, message.body);
+    }
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc malformed notice", message.op);
+  }
+}
+
+void Connection::HeartbeatLoop() {
+  std::unique_lock lock(mMutex);
+  while (!mBroken) {
+    mHeartbeatWake.wait_for(lock, mOptions.heartbeatInterval, [this] { return mBroken.load(); });
+    if (mBroken) {
+      return;
+    }
+    int64_t silentNanos = NowNanos() - mLastHeardNanos.load();
+    if (silentNanos > std::chrono::nanoseconds(mOptions.heartbeatTimeout).count()) {
+      lock.unlock();
+      kilncore::logging::LogException(std::make_exception_ptr(std::runtime_error("server stopped answering")),
+                                      "tether::ipc heartbeat");
+      Break(wire::kStatusServerUnavailable);
+      return;
+    }
+    lock.unlock();
+    Notify("ping", MakeAny(AnyObject{}));
+    lock.lock();
+  }
+}
+
+}  // namespace tether::ipc

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "CallbackExecutor.h"
+
+#include <tether/AnyTree.h>
+#include <tether/wire/Channel.h>
+#include <tether/wire/MappedBuffer.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tether::ipc {
+
+class ConnectionBuffers;
+
+// A server's answer to one request, as the reader thread received it.
+struct Reply {
+  int32_t status = 0;
+  AnyValue body;
+  std::vector<wire::UniqueFd> fds;
+};
+
+// One connection to one server process: the channel, its reader thread, the
+// heartbeat, and the table of requests that wait for their replies.
+//
+// Exactly-once: every Call ends in exactly one completion, posted to the
+// executor: the decoded reply, or a failure when the server says so, when the
+// reply is malformed, or when the connection breaks. After a break every
+// pending call fails at once and every later call fails too.
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+  // What the caller's callback becomes once it knows its outcome.
+  using Completion = std::function<void()>;
+  // Reads a successful reply (on the reader thread) into the completion that
+  // calls the caller back. Throws WireError for a malformed reply.
+  using Decoder = std::function<Completion(Reply&)>;
+  // The completion for a failure status (never 0).
+  using Failer = std::function<Completion(int32_t status)>;
+  using NoticeHandler = std::function<void(const AnyValue& body)>;
+  // Notices about one server object: the operation and the body.
+  using ObjectNoticeHandler = std::function<void(const std::string& op, const AnyValue& body)>;
+
+  struct Options {
+    std::chrono::milliseconds heartbeatInterval{500};
+    std::chrono::milliseconds heartbeatTimeout{3000};
+  };
+
+  // Starts the reader and heartbeat threads over `socket`. `onBreak` runs once,
+  // on a library thread, when the connection breaks.
+  static std::shared_ptr<Connection> Start(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor,
+                                           Options options, std::function<void()> onBreak = {});
+  ~Connection();
+
+  // Sends a request. Exactly one of the decoder's completion and the failer's
+  // completion runs, once, on the executor.
+  void Call(const std::string& op, AnyValue body, Decoder decode, Failer fail);
+  // Sends a one-way notice; dropped silently on a broken connection.
+  void Notify(const std::string& op, AnyValue body);
+  // Receives the notices of `op` that the server sends.
+  void OnNotice(const std::string& op, NoticeHandler handler);
+  // Receives the notices whose body names server object `handle` and that no
+  // OnNotice handler takes (progress reports).
+  void Subscribe(uint64_t handle, ObjectNoticeHandler handler);
+  void Unsubscribe(uint64_t handle);
+
+  // Checks the handshake: blocks until the server has answered "hello" with the
+  // same protocol version, or fails. False leaves the connection broken.
+  bool Handshake(std::chrono::milliseconds timeout);
+
+  // Breaks the connection: pending calls fail with `status`, later calls fail.
+  void Break(int32_t status);
+  // Breaks and waits for the connection's threads (unless called on them).
+  void Close();
+  bool IsBroken() const { return mBroken.load(); }
+
+  const std::shared_ptr<CallbackExecutor>& Executor() const { return mExecutor; }
+  ConnectionBuffers& Buffers() { return *mBuffers; }
+
+ private:
+  struct Pending {
+    Decoder decode;
+    Failer fail;
+  };
+
+  Connection(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor, Options options,
+             std::function<void()> onBreak);
+  void ReadLoop();
+  void HeartbeatLoop();
+  void HandleReply(wire::Message& message);
+  void HandleNotice(const wire::Message& message);
+  void Fail(Pending pending, int32_t status);
+  void JoinThreads();
+
+  wire::Channel mChannel;
+  std::shared_ptr<CallbackExecutor> mExecutor;
+  const Options mOptions;
+  std::shared_ptr<ConnectionBuffers> mBuffers;
+  std::function<void()> mOnBreak;
+
+  std::mutex mMutex;
+  std::atomic<bool> mBroken{false};
+  std::atomic<uint64_t> mNextId{1};
+  std::map<uint64_t, Pending> mPending;
+  std::map<std::string, NoticeHandler> mNoticeHandlers;
+  std::map<uint64_t, ObjectNoticeHandler> mSubscribers;
+  std::atomic<int64_t> mLastHeardNanos{0};
+  std::condition_variable mHeartbeatWake;
+
+  std::thread mReader;
+  std::thread mHeartbeat;
+};
+
+}  // namespace tether::ipc

@@ -1,0 +1,223 @@
+#include <tether/ipc/IpcBackend.h>
+
+#include "CallbackExecutor.h"
+#include "Connection.h"
+#include "IpcTypedServers.h"
+#include "ServerLauncher.h"
+
+#include <tether/wire/Protocol.h>
+
+#include <kilncore/logging/Log.h>
+
+#include <cstdlib>
+#include <mutex>
+
+namespace tether::ipc {
+namespace {
+
+// A spawned server under a sanitizer may need a while before its first answer.
+constexpr std::chrono::milliseconds kMinimumHandshakeWait{10000};
+
+}  // namespace
+
+struct IpcBackend::Impl : std::enable_shared_from_this<Impl> {
+  IpcBackendOptions options;
+  Connector connector;
+  std::shared_ptr<CallbackExecutor> executor;
+
+  mutable std::mutex mutex;
+  std::shared_ptr<Connection> connection;
+  pid_t pid = 0;
+  bool shutDown = false;
+
+  // The connection, made now if there is none or it broke. Null if no server
+  // can be reached. Serialised, so that one server is started, not several.
+  std::shared_ptr<Connection> EnsureConnection();
+  wire::UniqueFd Connect(pid_t& started);
+  void ServerGone(pid_t started);
+  void Shutdown();
+
+  template <class Typed, class Callback>
+  void CreateTyped(const char* application, Callback callback, ServerConnectionType type);
+};
+
+std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
+  pid_t stale = 0;
+  std::shared_ptr<Connection> fresh;
+  {
+    std::lock_guard lock(mutex);
+    if (shutDown) {
+      return nullptr;
+    }
+    if (connection && !connection->IsBroken()) {
+      return connection;
+    }
+    stale = std::exchange(pid, 0);
+  }
+  EndServer(stale, true);
+
+  std::lock_guard lock(mutex);
+  if (connection && !connection->IsBroken()) {
+    return connection;  // another thread was faster
+  }
+  pid_t started = 0;
+  wire::UniqueFd socket;
+  try {
+    socket = Connect(started);
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc::IpcBackend connect");
+  }
+  if (!socket.IsValid()) {
+    EndServer(started, true);
+    return nullptr;
+  }
+  std::weak_ptr<Impl> weak = weak_from_this();
+  Connection::Options connectionOptions{options.heartbeatInterval, options.heartbeatTimeout};
+  fresh = Connection::Start(std::move(socket), executor, connectionOptions, [weak, started] {
+    if (auto self = weak.lock()) {
+      self->ServerGone(started);
+    }
+  });
+  if (!fresh->Handshake(std::max(options.heartbeatTimeout, kMinimumHandshakeWait))) {
+    fresh->Close();
+    EndServer(started, true);
+    return nullptr;
+  }
+  connection = fresh;
+  pid = started;
+  return fresh;
+}
+
+wire::UniqueFd IpcBackend::Impl::Connect(pid_t& started) {
+  if (connector) {
+    return connector();
+  }
+  std::string path = options.socketPath;
+  if (path.empty()) {
+    if (const char* fromEnvironment = std::getenv("TETHER_SERVER_SOCKET")) {
+      path = fromEnvironment;
+    }
+  }
+  if (!path.empty()) {
+    return ConnectToSocket(path);
+  }
+  std::string executable = FindServerExecutable(options.serverExecutable);
+  if (executable.empty()) {
+    throw std::runtime_error("no tether-server executable found");
+  }
+  LaunchedServer server = LaunchServer(executable, options.serverArguments);
+  started = server.pid;
+  return std::move(server.socket);
+}
+
+// A broken connection's server is of no more use; a stuck one is killed, so
+// that it doesn't linger beside the fresh one.
+void IpcBackend::Impl::ServerGone(pid_t started) {
+  if (started == 0) {
+    return;
+  }
+  {
+    std::lock_guard lock(mutex);
+    if (pid != started) {
+      return;  // already ended by whoever replaced the connection
+    }
+    pid = 0;
+  }
+  EndServer(started, true);
+}
+
+void IpcBackend::Impl::Shutdown() {
+  std::shared_ptr<Connection> last;
+  pid_t started = 0;
+  {
+    std::lock_guard lock(mutex);
+    shutDown = true;
+    last = std::move(connection);
+    started = std::exchange(pid, 0);
+  }
+  if (last) {
+    last->Close();
+  }
+  EndServer(started, false);
+}
+
+template <class Typed, class Callback>
+void IpcBackend::Impl::CreateTyped(const char* application, Callback callback, ServerConnectionType type) {
+  std::string name = application;
+  executor->Post([self = shared_from_this(), name, callback = std::move(callback), type] {
+    auto connection = self->EnsureConnection();
+    if (!connection) {
+      callback(kConnectionStatusServerUnavailable, nullptr);
+      return;
+    }
+    connection->Call(
+        "server.create",
+        MakeAny(AnyObject{{"application", MakeAny(name)}, {"connectionType", MakeAny(static_cast<uint32_t>(type))}}),
+        [callback, connection, type](Reply& reply) -> Connection::Completion {
+          auto server = std::make_shared<Typed>(connection, HandleOf(reply), type);
+          return [callback, server] { callback(kConnectionStatusOK, server); };
+        },
+        [callback](int32_t status) -> Connection::Completion {
+          return [callback, status] { callback(static_cast<ConnectionStatus>(status), nullptr); };
+        });
+  });
+}
+
+std::shared_ptr<IpcBackend> IpcBackend::Create(IpcBackendOptions options) {
+  return CreateWithConnector(nullptr, std::move(options));
+}
+
+std::shared_ptr<IpcBackend> IpcBackend::CreateWithConnector(Connector connector, IpcBackendOptions options) {
+  auto impl = std::make_shared<Impl>();
+  impl->executor = std::make_shared<CallbackExecutor>(options.callbackThreads);
+  impl->options = std::move(options);
+  impl->connector = std::move(connector);
+  return std::shared_ptr<IpcBackend>(new IpcBackend(std::move(impl)));
+}
+
+IpcBackend::IpcBackend(std::shared_ptr<Impl> impl) : mImpl(std::move(impl)) {}
+
+IpcBackend::~IpcBackend() { mImpl->Shutdown(); }
+
+void IpcBackend::CreateMarlServer(MarlServer::CreateCallback callback, ServerConnectionType type) {
+  mImpl->CreateTyped<IpcMarlServer>("Marl", std::move(callback), type);
+}
+
+void IpcBackend::CreateSprocketServer(SprocketServer::CreateCallback callback, ServerConnectionType type) {
+  mImpl->CreateTyped<IpcSprocketServer>("Sprocket", std::move(callback), type);
+}
+
+void IpcBackend::CreateTolmenServer(TolmenServer::CreateCallback callback, ServerConnectionType type) {
+  mImpl->CreateTyped<IpcTolmenServer>("Tolmen", std::move(callback), type);
+}
+
+void IpcBackend::CreateEaselServer(EaselServer::CreateCallback callback) {
+  mImpl->CreateTyped<IpcEaselServer>("Easel", std::move(callback), kServerConnectionTypeDefault);
+}
+
+void IpcBackend::CreateDarkslideServer(DarkslideServer::CreateCallback callback) {
+  mImpl->CreateTyped<IpcDarkslideServer>("Darkslide", std::move(callback), kServerConnectionTypeDefault);
+}
+
+pid_t IpcBackend::ServerProcessId() const {
+  std::lock_guard lock(mImpl->mutex);
+  return mImpl->pid;
+}
+
+bool IpcBackend::IsConnected() const {
+  std::lock_guard lock(mImpl->mutex);
+  return mImpl->connection && !mImpl->connection->IsBroken();
+}
+
+std::shared_ptr<Backend> InstallDefaultIpcBackend() {
+  static std::mutex mutex;
+  std::lock_guard lock(mutex);
+  if (auto installed = GetBackend()) {
+    return installed;
+  }
+  std::shared_ptr<Backend> backend = IpcBackend::Create();
+  InstallBackend(backend);
+  return backend;
+}
+
+}  // namespace tether::ipc
