@@ -36,6 +36,9 @@ function(tether_add_test_suite name dir label)
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gtest GTest::gmock GTest::gtest_main tether_warnings)
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/tests")
+  # Absolute, because __FILE__ may be relative when ccache rewrites paths.
+  target_compile_definitions(${name} PRIVATE
+    TETHER_TEST_EXAMPLES_FOLDER="${PROJECT_SOURCE_DIR}/examples")
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60

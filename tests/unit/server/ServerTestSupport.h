@@ -14,11 +14,8 @@
 
 namespace servertest {
 
-// The repository's sample projects, found from this file's own location.
-inline std::filesystem::path ExamplesDir() {
-  return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path().parent_path() /
-         "examples";
-}
+// The repository's sample projects; the build passes their folder.
+inline std::filesystem::path ExamplesDir() { return TETHER_TEST_EXAMPLES_FOLDER; }
 
 inline std::shared_ptr<const tetherserver::Project> OpenExample(const std::string& name) {
   auto opened = tetherserver::Project::Open(ExamplesDir() / name);
