@@ -13,7 +13,7 @@
 #include <kilncore/utility/ImmutableString.h>
 #include <kilnmediatypes/FieldType.h>
 #include <kilnmediatypes/FrameRate.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 #include <kilnmediatypes/TickTime.h>
 #include <kilnmediatypes/TimeDisplay.h>
 

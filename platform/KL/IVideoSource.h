@@ -15,7 +15,7 @@
 #include <kilnmediatypes/ColorProfile.h>
 #include <kilnmediatypes/FieldType.h>
 #include <kilnmediatypes/FrameRate.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 #include <kilnmediatypes/PixelFormat.h>
 #include <kilnmediatypes/TickTime.h>
 #include <kilnmediatypes/color/ColorSpace.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kilnmediatypes/FieldType.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 #include <kilnmediatypes/PixelFormat.h>
 
 #include <cstdint>

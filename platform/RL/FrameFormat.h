@@ -2,7 +2,7 @@
 
 #include <kilncore/utility/HashMixerState.h>
 #include <kilnmediatypes/FieldType.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 #include <kilnmediatypes/PixelFormat.h>
 
 #include <array>

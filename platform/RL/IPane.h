@@ -3,7 +3,7 @@
 #include <kilncore/classref/Unknown.h>
 #include <kilncore/utility/Guid.h>
 #include <kilnmediatypes/FieldType.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 #include <kilnmediatypes/PixelFormat.h>
 
 #include <cstddef>

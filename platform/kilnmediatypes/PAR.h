@@ -1,5 +1,8 @@
 #pragma once
 
+// PixelAspectRatio lives in PAR.h, the usual short name of a pixel aspect
+// ratio in video code.
+
 #include <cstdint>
 
 namespace kilnmediatypes {

@@ -1,5 +1,5 @@
 #include <kilnmediatypes/FieldType.h>
-#include <kilnmediatypes/PixelAspectRatio.h>
+#include <kilnmediatypes/PAR.h>
 
 #include <gtest/gtest.h>
 
