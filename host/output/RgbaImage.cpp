@@ -1,0 +1,69 @@
+#include "host/output/RgbaImage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace tetherhost {
+namespace {
+
+uint8_t ToByte(float value) {
+  // NaN compares false both ways and lands on 0, like a clamped negative.
+  if (!(value > 0.0f)) {
+    return 0;
+  }
+  if (value >= 1.0f) {
+    return 255;
+  }
+  return static_cast<uint8_t>(std::lround(value * 255.0f));
+}
+
+void ConvertRow(const uint8_t* source, PixelLayout layout, int32_t width, uint8_t* out) {
+  for (int32_t x = 0; x < width; ++x, out += 4) {
+    if (layout == PixelLayout::kBGRA8) {
+      const uint8_t* pixel = source + static_cast<size_t>(x) * 4;
+      out[0] = pixel[2];
+      out[1] = pixel[1];
+      out[2] = pixel[0];
+      out[3] = pixel[3];
+      continue;
+    }
+    float channels[4];
+    std::memcpy(channels, source + static_cast<size_t>(x) * 16, sizeof(channels));
+    const bool blueFirst = layout == PixelLayout::kBGRA32F;
+    out[0] = ToByte(channels[blueFirst ? 2 : 0]);
+    out[1] = ToByte(channels[1]);
+    out[2] = ToByte(channels[blueFirst ? 0 : 2]);
+    out[3] = ToByte(channels[3]);
+  }
+}
+
+}  // namespace
+
+RgbaImage::RgbaImage(int32_t width, int32_t height) {
+  if (width < 0 || height < 0) {
+    throw std::invalid_argument("RgbaImage: negative size");
+  }
+  mWidth = width;
+  mHeight = height;
+  mPixels.assign(static_cast<size_t>(width) * static_cast<size_t>(height) * 4, 0);
+}
+
+RgbaImage RgbaImage::FromFrame(const FrameView& frame) {
+  RgbaImage image(frame.width, frame.height);
+  if (image.empty()) {
+    return image;
+  }
+  const size_t rowNeeded = static_cast<size_t>(frame.width) * BytesPerPixel(frame.layout);
+  if (frame.data == nullptr || frame.rowBytes < 0 ||
+      static_cast<size_t>(frame.rowBytes) < rowNeeded) {
+    throw std::invalid_argument("RgbaImage: frame rows are shorter than its width");
+  }
+  for (int32_t y = 0; y < frame.height; ++y) {
+    ConvertRow(frame.data + static_cast<size_t>(y) * static_cast<size_t>(frame.rowBytes),
+               frame.layout, frame.width, image.PixelAt(0, y));
+  }
+  return image;
+}
+
+}  // namespace tetherhost
