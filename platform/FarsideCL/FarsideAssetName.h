@@ -14,7 +14,7 @@ namespace FarsideCL {
 // latest one. Members in any order, white space between tokens and further
 // members are accepted, as from any JSON writer. Anything else, a path above
 // all, is no asset name: a path never starts with '{' followed by valid JSON
-// of that shape.
+// of that shape. AssetName reads and writes these names.
 bool IsFarsideAssetName(kilncore::WideStringView name);
 
 }  // namespace FarsideCL

@@ -1,0 +1,7 @@
+#include <FarsideCL/IFarsideCMediaLocator.h>
+
+namespace FarsideCL {
+
+IFarsideCMediaLocator::~IFarsideCMediaLocator() = default;
+
+}  // namespace FarsideCL
