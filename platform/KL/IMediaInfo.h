@@ -88,10 +88,8 @@ class IMediaInfo : public kilncore::classref::Unknown {
   virtual bool HasFrozenUnstretchableRegions() const = 0;
   virtual bool MediaInfoFalseB() const = 0;
   virtual void MediaInfoNoOpD() = 0;
-  // The item's own object, through this interface (the same pointer).
-  virtual kilncore::classref::InterfaceRef<IMediaInfo> GetBaseMediaInfoRef() const = 0;
-  // The item's name as its source names it.
-  virtual kilncore::WideString GetSourceName() const = 0;
+  // The interface ends here; an importer's own class may add virtual operations
+  // behind these slots.
 
  protected:
   IMediaInfo() = default;

@@ -1,0 +1,7 @@
+#include <TetherMedia/ITetherMediaInfo.h>
+
+namespace TetherMedia {
+
+ITetherMediaInfo::~ITetherMediaInfo() = default;
+
+}  // namespace TetherMedia

@@ -1,0 +1,434 @@
+#include "MediaInfoTestSupport.h"
+
+#include <TetherMedia/Lifecycle.h>
+#include <TetherMedia/RequestFutures.h>
+
+#include <RL/MediaType.h>
+
+#include <kilncore/appstatemanager/AppState.h>
+#include <kilncore/appstatemanager/AppStateManager.h>
+#include <kilncore/config/KilnException.h>
+#include <kilncore/messaging/StationRegistry.h>
+#include <kilncore/utility/HashValueMixerState.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+namespace TetherMedia::testing {
+namespace {
+
+using kilncore::classref::InterfaceRef;
+using kilncore::utility::Guid;
+using kilnmediatypes::TickTime;
+using kilnmediatypes::TimeDisplay;
+
+const Guid kSourceID("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
+const Guid kOtherMediaType("11111111-2222-3333-4444-555555555555");
+
+std::shared_ptr<TestMediaInfo> MakeItem() { return std::make_shared<TestMediaInfo>(); }
+
+std::shared_ptr<FakeSource> MakeSource() {
+  auto source = std::make_shared<FakeSource>();
+  source->hasVideo = true;
+  source->hasAudio = true;
+  return source;
+}
+
+InterfaceRef<KL::IVideoSource> MakeVideoSource(std::shared_ptr<FakeVideoSource> video) {
+  return InterfaceRef<KL::IVideoSource>(std::move(video));
+}
+
+TEST(BaseMediaInfoFieldsTest, FreshObjectHasTheInitialValues) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->GetFilePath(), u"");
+  EXPECT_TRUE(item->GetSourceInfo().sourceID.IsNil());
+  EXPECT_EQ(item->WorkAreaIn(), kilnmediatypes::kTickTime_Invalid);
+  EXPECT_EQ(item->WorkAreaOut(), kilnmediatypes::kTickTime_Invalid);
+  EXPECT_EQ(item->WorkAreaIn().GetTicks(), -101606400000000000);
+  EXPECT_FALSE(item->ConstructorFlag());
+  EXPECT_FALSE(item->ForcedConform());
+  EXPECT_EQ(item->RenderOptionsText(), u"");
+  EXPECT_EQ(item->LastFontChangeValue(), 1u);
+}
+
+TEST(BaseMediaInfoFieldsTest, ConstructionRegistersTheItemsOwnStation) {
+  auto first = MakeItem();
+  auto second = MakeItem();
+  EXPECT_FALSE(first->GetStationID().empty());
+  EXPECT_NE(first->GetStationID(), second->GetStationID());
+  EXPECT_NE(kilncore::messaging::FindStation(first->GetStationID()), nullptr);
+  EXPECT_EQ(first->GetMetaDataStationID(), first->GetStationID());
+}
+
+TEST(BaseMediaInfoFallbackTest, FreshObjectWithoutSourceAnswersFallbacks) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->GetTickCount(), TickTime(0));
+  EXPECT_EQ(item->GetWorkInPoint(), TickTime(0));
+  EXPECT_EQ(item->GetWorkOutPoint(), TickTime(0));
+  EXPECT_EQ(item->GetOrigTime(), kilnmediatypes::kTickTime_Invalid);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 0u);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+  EXPECT_TRUE(item->GetStream(RL::kMediaType_Video, 0).IsNull());
+  EXPECT_TRUE(item->GetStream(RL::kMediaType_Audio, 0).IsNull());
+  EXPECT_TRUE(item->GetContentState().IsNil());
+  EXPECT_FALSE(item->GetIsDropFrame());
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(999));
+  EXPECT_EQ(item->GetMediaProducerDescription(), u"");
+  EXPECT_EQ(item->GetSourceInfo().width, 0u);
+  EXPECT_EQ(item->GetSourceInfo().formatVersion, 1u);
+}
+
+TEST(BaseMediaInfoFallbackTest, PixelAspectRatioAndFieldTypeNeedTheStreamObject) {
+  auto item = MakeItem();
+  EXPECT_THROW(item->GetPixelAspectRatio(), kilncore::config::NullPtrException);
+  EXPECT_THROW(item->GetFieldType(), kilncore::config::NullPtrException);
+
+  auto video = std::make_shared<FakeVideoSource>();
+  video->fieldType = kilnmediatypes::kFieldType_UpperFirst;
+  item->SetVideoSource(MakeVideoSource(video));
+  EXPECT_EQ(item->GetFieldType(), kilnmediatypes::kFieldType_UpperFirst);
+  EXPECT_NO_THROW(item->GetPixelAspectRatio());
+}
+
+TEST(BaseMediaInfoConstantsTest, ConstantAnswersOfTheMediaInterfaces) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->GetNumStreamGroups(), 1u);
+  size_t a = 7, b = 8, c = 9;
+  item->GetStreamGroupIndices(0, a, b, c);
+  EXPECT_EQ(a, 0u);
+  EXPECT_EQ(b, 0u);
+  EXPECT_EQ(c, 0u);
+  EXPECT_EQ(item->GetImplementationID(), GetTetherImplementationID());
+  EXPECT_FALSE(item->CanValidatePrefs());
+  EXPECT_FALSE(item->SetupOnDoubleClick());
+  EXPECT_FALSE(item->IsPending());
+  EXPECT_TRUE(item->IsCacheable());
+  EXPECT_EQ(item->GetFilenameForStream(0), u"");
+  EXPECT_TRUE(item->MediaInfoTrueA());
+  EXPECT_FALSE(item->MediaInfoFalseA());
+  EXPECT_FALSE(item->MediaInfoFalseB());
+  EXPECT_FALSE(item->IsLinkedMedia());
+  EXPECT_FALSE(item->HasFrozenUnstretchableRegions());
+  EXPECT_EQ(item->DeleteFileW(u"/a.marlp", RL::BinaryData()), kGeneralFailure);
+  EXPECT_FALSE(item->LegalToProxy());
+  EXPECT_FALSE(item->CanWriteTimecode());
+  EXPECT_EQ(item->SetTimeInfo(RL::BinaryData(), TickTime(0), TickTime(0), u"", u"", u"",
+                              kilnmediatypes::kFrameRate_Film24, false, false),
+            kNotOffered);
+  EXPECT_EQ(item->GetAltTime(), TickTime(0));
+  EXPECT_EQ(item->GetAuxTime(), kilnmediatypes::kTickTime_Invalid);
+  EXPECT_EQ(item->GetLogComment(), u"");
+  EXPECT_EQ(item->GetAuxText(), "");
+  EXPECT_EQ(item->GetOrigReel(), u"");
+  EXPECT_EQ(item->GetAltReel(), u"");
+  EXPECT_FALSE(item->MetaDataFalseA());
+  EXPECT_FALSE(item->GetUseAlternateStart());
+  RL::BinaryData properties;
+  EXPECT_EQ(item->GetXMPCaptureProperties(properties), kNotOffered);
+  EXPECT_EQ(item->UpdateXMPMetadataFromMedia(true), kNotOffered);
+  EXPECT_TRUE(item->GetMediaScenes().empty());
+  EXPECT_FALSE(item->GetIsPreviewRenderNoAlphaDetected());
+  EXPECT_FALSE(item->CanWriteXMPToFile());
+  EXPECT_FALSE(item->CanWriteXMPToFileAlias());
+  EXPECT_FALSE(item->GetUseProxies());
+  item->SetUseProxies(true);
+  EXPECT_FALSE(item->GetUseProxies());
+  EXPECT_TRUE(item->GetLinkedItemList().empty());
+  EXPECT_TRUE(item->GetRuntimeGuid().IsNil());
+}
+
+TEST(BaseMediaInfoConstantsTest, PathAnswersComeFromTheStoredPath) {
+  auto item = MakeItem();
+  item->SetIdentity(u"/Volumes/Show/Opening.marlp", kSourceID);
+  EXPECT_EQ(item->GetFilePath(), u"/Volumes/Show/Opening.marlp");
+  EXPECT_EQ(item->GetFilePathAlias(), u"/Volumes/Show/Opening.marlp");
+  EXPECT_EQ(item->GetInstanceString(), u"/Volumes/Show/Opening.marlp");
+}
+
+TEST(BaseMediaInfoConstantsTest, WorkAreaAndConformAreStored) {
+  auto item = MakeItem();
+  item->SetXMPRenderWorkArea(TickTime(10), TickTime(20));
+  EXPECT_EQ(item->WorkAreaIn(), TickTime(10));
+  EXPECT_EQ(item->WorkAreaOut(), TickTime(20));
+  item->ForceConform(true);
+  EXPECT_TRUE(item->ForcedConform());
+}
+
+TEST(BaseMediaInfoSourceTest, GettersAskTheSource) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->tickCount = {10, 1};
+  source->workIn = {1, 2};
+  source->workOut = {5, 1};
+  source->startTime = {3600, 1};
+  source->dropFrame = true;
+  source->info.producerDescription = u"Veldmoor Marl";
+  source->info.width = 1920;
+  item->SetSource(source);
+
+  EXPECT_EQ(item->GetTickCount(), TickTime::FromSeconds(10));
+  EXPECT_EQ(item->GetWorkInPoint(), TickTime(kilnmediatypes::kTicksPerSecond / 2));
+  EXPECT_EQ(item->GetWorkOutPoint(), TickTime::FromSeconds(5));
+  EXPECT_EQ(item->GetOrigTime(), TickTime::FromSeconds(3600));
+  EXPECT_TRUE(item->GetIsDropFrame());
+  EXPECT_EQ(item->GetMediaProducerDescription(), u"Veldmoor Marl");
+  EXPECT_EQ(item->GetSourceInfo().width, 1920u);
+}
+
+TEST(BaseMediaInfoSourceTest, StreamCountFollowsTheSourcesStreams) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->hasAudio = false;
+  item->SetSource(source);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 1u);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+  EXPECT_EQ(item->GetNumStreams(kOtherMediaType), 0u);
+}
+
+TEST(BaseMediaInfoSourceTest, StreamIsTheStreamObjectForVideoAndAudioWhateverTheIndex) {
+  auto item = MakeItem();
+  auto video = std::make_shared<FakeVideoSource>();
+  item->SetVideoSource(MakeVideoSource(video));
+  const InterfaceRef<RL::ISource> videoStream = item->GetStream(RL::kMediaType_Video, 0);
+  ASSERT_FALSE(videoStream.IsNull());
+  EXPECT_EQ(videoStream.Get(), static_cast<RL::ISource*>(video.get()));
+  EXPECT_EQ(item->GetStream(RL::kMediaType_Video, 3).Get(), videoStream.Get());
+  EXPECT_EQ(item->GetStream(RL::kMediaType_Audio, 0).Get(), videoStream.Get());
+  EXPECT_TRUE(item->GetStream(kOtherMediaType, 0).IsNull());
+}
+
+TEST(BaseMediaInfoSourceTest, GetterReleasesTheLockBeforeAskingTheSource) {
+  // A source that is asked while another thread holds the item's lock would
+  // block forever if the getter held the lock across the call.
+  class LockProbingSource : public FakeSource {
+   public:
+    kilncore::threads::RecursiveMutex* itemMutex = nullptr;
+    mutable bool lockWasFree = false;
+    tether::RatioTime GetTickCount() const override {
+      std::thread probe([this] {
+        lockWasFree = itemMutex->TryLock();
+        if (lockWasFree) itemMutex->Unlock();
+      });
+      probe.join();
+      return {1, 1};
+    }
+  };
+  class ProbingItem : public TestMediaInfo {
+   public:
+    kilncore::threads::RecursiveMutex& Mutex() { return mMutex; }
+  };
+  auto item = std::make_shared<ProbingItem>();
+  auto source = std::make_shared<LockProbingSource>();
+  source->itemMutex = &item->Mutex();
+  item->SetSource(source);
+  EXPECT_EQ(item->GetTickCount(), TickTime::FromSeconds(1));
+  EXPECT_TRUE(source->lockWasFree);
+}
+
+TEST(BaseMediaInfoSourceTest, SnapshotKeepsAReplacedSourceAliveUntilTheCallEnds) {
+  class ReplacingSource : public FakeSource {
+   public:
+    TestMediaInfo* item = nullptr;
+    tether::RatioTime GetTickCount() const override {
+      item->SetSource(nullptr);  // the item lets go of this source mid-call
+      return {2, 1};
+    }
+  };
+  auto item = MakeItem();
+  auto source = std::make_shared<ReplacingSource>();
+  source->item = item.get();
+  std::weak_ptr<FakeSource> watch = source;
+  item->SetSource(std::move(source));
+  EXPECT_EQ(item->GetTickCount(), TickTime::FromSeconds(2));
+  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(item->GetTickCount(), TickTime(0));
+}
+
+TEST(BaseMediaInfoTimeDisplayTest, KnownRateGivesItsTimecode) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->frameRate = kilnmediatypes::kFrameRate_PAL25.GetTicksPerFrame();
+  item->SetSource(source);
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(kilnmediatypes::kTimeDisplayType_25Timecode));
+}
+
+TEST(BaseMediaInfoTimeDisplayTest, RateWithoutDisplayGivesNone) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->frameRate = kilnmediatypes::FrameRate::FromFramesPerSecond(17).GetTicksPerFrame();
+  item->SetSource(source);
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(999));
+  source->frameRate = tether::kNoFrameRate;
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(999));
+}
+
+TEST(BaseMediaInfoTimeDisplayTest, NTSCDropFrameKeepsTheDisplayThatEqualsTheFallback) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->frameRate = 8475667200;
+  source->dropFrame = true;
+  item->SetSource(source);
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(102));
+  source->dropFrame = false;
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(kilnmediatypes::kTimeDisplayType_2997NonDropTimecode));
+}
+
+TEST(BaseMediaInfoTimeDisplayTest, DropFlagAtARateWithoutDropCountIsIgnored) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->frameRate = kilnmediatypes::kFrameRate_Film24.GetTicksPerFrame();
+  source->dropFrame = true;
+  item->SetSource(source);
+  EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(kilnmediatypes::kTimeDisplayType_24Timecode));
+}
+
+Guid ExpectedDocumentID(const kilncore::WideString& path, const Guid& sourceID) {
+  kilncore::utility::HashValueMixerState state;
+  kilncore::utility::UpdateHashState(state, "Tether Document ID", 18);
+  kilncore::utility::UpdateHashState(state, path.data(), path.size() * 2);
+  uint8_t bytes[16];
+  Guid::GuidToBytes(sourceID, bytes);
+  kilncore::utility::UpdateHashState(state, bytes, 16);
+  Guid result;
+  kilncore::utility::GetHashResult(state, result);
+  return result;
+}
+
+TEST(BaseMediaInfoIdentityTest, DocumentIDHashesPathAndSourceIdentifier) {
+  auto item = MakeItem();
+  item->SetIdentity(u"/Volumes/Show/Opening.marlp", kSourceID);
+  EXPECT_EQ(item->GetDocumentID(), ExpectedDocumentID(u"/Volumes/Show/Opening.marlp", kSourceID));
+}
+
+TEST(BaseMediaInfoIdentityTest, DocumentIDIsEqualForTheSameItemAndChangesWithEither) {
+  auto first = MakeItem();
+  auto second = MakeItem();
+  first->SetIdentity(u"/Volumes/Show/Opening.marlp", kSourceID);
+  second->SetIdentity(u"/Volumes/Show/Opening.marlp", kSourceID);
+  EXPECT_EQ(first->GetDocumentID(), second->GetDocumentID());
+
+  second->SetIdentity(u"/Volumes/Show/Opening2.marlp", kSourceID);
+  EXPECT_NE(first->GetDocumentID(), second->GetDocumentID());
+  second->SetIdentity(u"/Volumes/Show/Opening.marlp", Guid("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F1"));
+  EXPECT_NE(first->GetDocumentID(), second->GetDocumentID());
+}
+
+TEST(BaseMediaInfoIdentityTest, ContentStateIsTheStreamObjects) {
+  auto item = MakeItem();
+  auto video = std::make_shared<FakeVideoSource>();
+  video->contentState = Guid("AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE");
+  item->SetVideoSource(MakeVideoSource(video));
+  EXPECT_EQ(item->GetContentState(), video->contentState);
+}
+
+TEST(BaseMediaInfoIdentityTest, NilContentStateOfTheStreamGivesTheDocumentID) {
+  class OverridingItem : public TestMediaInfo {
+   public:
+    Guid GetDocumentID() const override { return Guid("12345678-1234-1234-1234-123456789ABC"); }
+  };
+  auto item = std::make_shared<OverridingItem>();
+  item->SetVideoSource(MakeVideoSource(std::make_shared<FakeVideoSource>()));
+  // Called virtually: the derived item's identity applies.
+  EXPECT_EQ(item->GetContentState(), Guid("12345678-1234-1234-1234-123456789ABC"));
+}
+
+TEST(BaseMediaInfoQueryTest, EveryInterfaceAndTheClassAreAnswered) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->Query("TetherMedia::BaseMediaInfo"), static_cast<BaseMediaInfo*>(item.get()));
+  EXPECT_EQ(item->Query("KL::IMediaInfo"), static_cast<KL::IMediaInfo*>(item.get()));
+  EXPECT_EQ(item->Query("KL::IMediaFile"), static_cast<KL::IMediaFile*>(item.get()));
+  EXPECT_EQ(item->Query("KL::IMediaMetaData"), static_cast<KL::IMediaMetaData*>(item.get()));
+  EXPECT_EQ(item->Query("KL::ICircularDependencyOwner"),
+            static_cast<KL::ICircularDependencyOwner*>(item.get()));
+  EXPECT_EQ(item->Query("KL::ICaptioningSourceOwner"),
+            static_cast<KL::ICaptioningSourceOwner*>(item.get()));
+  EXPECT_EQ(item->Query("TetherMedia::ITetherMediaInfo"), static_cast<ITetherMediaInfo*>(item.get()));
+}
+
+TEST(BaseMediaInfoQueryTest, ObjectAndItsMediaInfoAreTheSamePointer) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->Query("TetherMedia::BaseMediaInfo"), item->Query("KL::IMediaInfo"));
+}
+
+TEST(BaseMediaInfoQueryTest, NameOfTheRightLengthAndWrongTextGivesNull) {
+  auto item = MakeItem();
+  EXPECT_EQ(item->Query("KL::IMediaXnfo"), nullptr);
+  EXPECT_EQ(item->Query("KL::IMediaInfO"), nullptr);
+  EXPECT_EQ(item->Query("KL::IMediaInf"), nullptr);
+  EXPECT_EQ(item->Query("KL::IMediaInfoX"), nullptr);
+  EXPECT_EQ(item->Query(""), nullptr);
+  EXPECT_EQ(item->Query("KL::IVideoSource"), nullptr);
+}
+
+TEST(BaseMediaInfoQueryTest, InterfaceReferencesConvertThroughTheQuery) {
+  auto item = MakeItem();
+  InterfaceRef<KL::IMediaInfo> info(item);
+  InterfaceRef<TetherMedia::ITetherMediaInfo> tether(info);
+  ASSERT_FALSE(tether.IsNull());
+  InterfaceRef<BaseMediaInfo> base(tether);
+  EXPECT_EQ(base.Get(), static_cast<BaseMediaInfo*>(item.get()));
+  InterfaceRef<KL::IVideoSource> none(info);
+  EXPECT_TRUE(none.IsNull());
+}
+
+class BaseMediaInfoLifetimeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    kilncore::appstatemanager::ResetAppStateForTesting();
+    kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateRunning);
+  }
+  void TearDown() override { kilncore::appstatemanager::ResetAppStateForTesting(); }
+};
+
+TEST_F(BaseMediaInfoLifetimeTest, DroppedItemFailsItsOpenRequestAndDisposesOfItsStation) {
+  auto pair = CreateRequestFuture(u"/Volumes/Show/Opening.marlp", kSourceID);
+  auto item = MakeItem();
+  item->SetRequestPromise(std::move(pair.promise));
+  const auto station = item->GetStationID();
+  ASSERT_NE(kilncore::messaging::FindStation(station), nullptr);
+  item.reset();
+  ASSERT_TRUE(pair.future.IsReady());
+  EXPECT_EQ(kilncore::config::ExtractResultFromException(pair.future.GetException()), kBrokenPromise);
+  EXPECT_EQ(kilncore::messaging::FindStation(station), nullptr);
+}
+
+TEST_F(BaseMediaInfoLifetimeTest, StreamObjectAndSourceGoBeforeTheRequestEnds) {
+  // Each released member reports whether the request was still open when it
+  // went: the stream object and the source must go first.
+  struct Witness {
+    const kilncore::async::Future<void>* future;
+    bool* requestOpen;
+    ~Witness() { *requestOpen = !future->IsReady(); }
+  };
+  class WitnessSource : public FakeSource {
+   public:
+    std::unique_ptr<Witness> witness;
+  };
+  class WitnessVideo : public FakeVideoSource {
+   public:
+    std::unique_ptr<Witness> witness;
+  };
+  auto pair = CreateRequestFuture();
+  bool sourceSawOpenRequest = false;
+  bool videoSawOpenRequest = false;
+  auto source = std::make_shared<WitnessSource>();
+  source->witness.reset(new Witness{&pair.future, &sourceSawOpenRequest});
+  auto video = std::make_shared<WitnessVideo>();
+  video->witness.reset(new Witness{&pair.future, &videoSawOpenRequest});
+
+  auto item = MakeItem();
+  item->SetRequestPromise(std::move(pair.promise));
+  item->SetSource(std::move(source));
+  item->SetVideoSource(MakeVideoSource(std::move(video)));
+  item.reset();
+  EXPECT_TRUE(sourceSawOpenRequest);
+  EXPECT_TRUE(videoSawOpenRequest);
+  EXPECT_TRUE(pair.future.IsReady());
+}
+
+}  // namespace
+}  // namespace TetherMedia::testing
