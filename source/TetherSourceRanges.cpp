@@ -1,0 +1,100 @@
+#include <source/TetherSource.h>
+
+#include <source/MediaTypeConversions.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace TetherMedia {
+
+using kilncore::threads::ScopedRecursiveLock;
+using kilnmediatypes::TickTime;
+
+// Still ranges and smart-render segments come from named requests to a host
+// project's server. Until those requests are made, the tables stay as they
+// are for an item outside a host project: no still ranges, no segments. The
+// lookups below already work on whatever ranges the table holds.
+
+void TetherSource::ReplaceStillRanges(std::vector<TimeRange> ranges) {
+  ScopedRecursiveLock lock(mStateMutex);
+  mStillRanges.swap(ranges);
+}
+
+int32_t TetherSource::GetStillRangeAt(TickTime time, TimeRange& outRange) {
+  RefreshStillRanges();
+  ScopedRecursiveLock lock(mStateMutex);
+  outRange = TimeRange(time, time);
+  // The ranges are taken as sorted by start: the candidate is the last range
+  // that starts at or before `time`.
+  auto found = std::lower_bound(mStillRanges.begin(), mStillRanges.end(), TimeRange(time, TickTime(0)));
+  if (found == mStillRanges.end() || found->first > time) {
+    if (found == mStillRanges.begin()) return 0;
+    found = std::prev(found);
+  }
+  if (found->first <= time && time < found->second) outRange = *found;
+  return 0;
+}
+
+int32_t TetherSource::GetStillRangesInRange(TickTime start, TickTime end, std::vector<TimeRange>& inOutRanges) {
+  RefreshStillRanges();
+  ScopedRecursiveLock lock(mStateMutex);
+  auto first = std::lower_bound(mStillRanges.begin(), mStillRanges.end(), TimeRange(start, TickTime(0)));
+  // A range that starts before `start` may still reach into it.
+  if (first != mStillRanges.begin()) first = std::prev(first);
+  const auto last =
+      std::upper_bound(mStillRanges.begin(), mStillRanges.end(), TimeRange(end + TickTime(1), TickTime(0)));
+  for (auto it = first; it < last; ++it) {
+    const TickTime s = std::max(start, it->first);
+    const TickTime e = std::min(end, it->second);
+    if (s < e) inOutRanges.emplace_back(s, e);
+  }
+  return 0;
+}
+
+void TetherSource::DetermineSmartRenderSegmentsInRange(TickTime, TickTime, const kilnmediatypes::PixelFormat&, bool,
+                                                       bool, int32_t,
+                                                       std::map<TickTime, RL::SmartRenderSegment>&) {}
+
+// --- Audio. Reading from the server's audio renderer isn't done yet: both
+// reads answer as for an item without audio, with success and no samples.
+
+int32_t TetherSource::GetSampleRate(kilnmediatypes::FrameRate& out) {
+  out = ToHostFrameRate(
+      QuerySource([](const tether::Source& s) { return s.GetAudioSampleRate(); }, tether::kNoFrameRate));
+  return 0;
+}
+
+RL::AudioChannelType TetherSource::GetAudioChannelType() {
+  std::vector<kilnmediatypes::AudioChannelDescription> layout;
+  GetAudioChannelLayout(layout);
+  return RL::CreateAudioChannelType(layout);
+}
+
+uint32_t TetherSource::GetAudioChannelCount() {
+  std::vector<kilnmediatypes::AudioChannelDescription> layout;
+  GetAudioChannelLayout(layout);
+  return static_cast<uint32_t>(layout.size());
+}
+
+int32_t TetherSource::GetAudioChannelLayout(std::vector<kilnmediatypes::AudioChannelDescription>& out) {
+  out = ToHost(QuerySource([](const tether::Source& s) { return s.GetAudioChannelLayout(); },
+                           std::vector<tether::AudioChannelLabel>()));
+  return 0;
+}
+
+int32_t TetherSource::GetAudioSourceKind() { return 6; }
+
+int32_t TetherSource::ReadAudio(int32_t, kilnaudiotoolkit::AudioBuffer&, TickTime) { return 0; }
+
+int32_t TetherSource::GetAudioMarkers(std::vector<AudioMarker>& out) {
+  out.clear();
+  return 0;
+}
+
+bool TetherSource::SequentialQueryA() { return false; }
+
+bool TetherSource::SequentialQueryB() { return false; }
+
+int32_t TetherSource::ReadAudioSequential(int32_t, kilnaudiotoolkit::AudioBuffer&, bool) { return 0; }
+
+}  // namespace TetherMedia
