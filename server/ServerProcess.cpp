@@ -27,6 +27,16 @@ namespace {
 
 std::shared_ptr<const SessionContent> MakeContent() { return std::make_shared<SessionProjectContent>(); }
 
+// The font set that SIGUSR1 changes; set once before the handler is installed
+// and kept for the life of the process.
+FontSet* gSignalledFontSet = nullptr;
+
+extern "C" void OnFontChangeSignal(int) {
+  if (gSignalledFontSet) {
+    gSignalledFontSet->Change();
+  }
+}
+
 }  // namespace
 
 ServerProcess::ServerProcess(const std::vector<std::string>& arguments) {
@@ -51,11 +61,19 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments) {
   if ((mFd >= 0) == mListen) {
     throw std::invalid_argument("give exactly one of --fd N and --listen [path]");
   }
+  mOptions.fonts = std::make_shared<FontSet>();
 }
 
 int ServerProcess::Run() {
   // A client that goes away shows up as a failed send, not as a signal.
   ::signal(SIGPIPE, SIG_IGN);
+  // Tests (and people) simulate a change of the machine's fonts with SIGUSR1.
+  gSignalledFontSet = mOptions.fonts.get();
+  struct sigaction action {};
+  action.sa_handler = OnFontChangeSignal;
+  action.sa_flags = SA_RESTART;
+  ::sigemptyset(&action.sa_mask);
+  ::sigaction(SIGUSR1, &action, nullptr);
   return mListen ? Listen() : ServeDescriptor();
 }
 

@@ -17,6 +17,8 @@ namespace tetherserver {
 //                                session per client, until killed
 //   --cold-buffers               a fresh shared buffer for every frame
 //   --workers N                  worker threads per session
+//
+// SIGUSR1 simulates a change of the machine's fonts (FontSet::Change).
 class ServerProcess {
  public:
   // Parses `arguments` (without the program name). Throws

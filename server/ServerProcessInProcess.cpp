@@ -7,7 +7,11 @@
 namespace tetherserver {
 
 InProcessServer::InProcessServer(Session::Options options)
-    : mOptions(options), mContent(std::make_shared<SessionProjectContent>()) {}
+    : mOptions(std::move(options)), mContent(std::make_shared<SessionProjectContent>()) {
+  if (!mOptions.fonts) {
+    mOptions.fonts = std::make_shared<FontSet>();
+  }
+}
 
 InProcessServer::~InProcessServer() {
   StopAll();

@@ -26,6 +26,9 @@ class InProcessServer {
   tether::wire::UniqueFd Connect();
   // Stops every session, as if the server had died.
   void StopAll();
+  // Simulates a change of the machine's fonts, as SIGUSR1 does to a
+  // tether-server process.
+  void SimulateFontChange() { mOptions.fonts->Change(); }
 
  private:
   struct Running {

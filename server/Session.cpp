@@ -6,13 +6,17 @@
 #include <tether/wire/WireError.h>
 
 #include <kilncore/logging/Log.h>
+#include <kilncore/string/UTFConversion.h>
+#include <kilncore/utility/HashValueMixerState.h>
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <set>
 
 namespace tetherserver {
@@ -24,8 +28,11 @@ using tether::MakeAny;
 
 namespace {
 
-// Status meaning "leave this request unanswered" (a hanging test item).
+// Status meaning "leave this request unanswered" (a hanging test item, or a
+// reply already sent by other means).
 constexpr int32_t kNoReply = -1;
+constexpr char kRenderOp[] = "video-renderer.render";
+constexpr char kRuntimeDomain[] = "TetherServerRuntime";
 // A client that stops reading must not hold a worker forever.
 constexpr int kSendTimeoutSeconds = 10;
 
@@ -39,10 +46,27 @@ bool IsQuick(const std::string& op) {
   return kQuick.count(op) != 0;
 }
 
+// An item's runtime identifier: its content state and the server's font
+// generation, so that it changes when either does.
+Guid RuntimeGuidOf(const Guid& contentState, uint32_t fontGeneration) {
+  kilncore::utility::HashValueMixerState state;
+  kilncore::utility::UpdateHashState(state, kRuntimeDomain, sizeof(kRuntimeDomain) - 1);
+  uint8_t bytes[16];
+  Guid::GuidToBytes(contentState, bytes);
+  kilncore::utility::UpdateHashState(state, bytes, sizeof(bytes));
+  const unsigned char generation[4] = {
+      static_cast<unsigned char>(fontGeneration), static_cast<unsigned char>(fontGeneration >> 8),
+      static_cast<unsigned char>(fontGeneration >> 16), static_cast<unsigned char>(fontGeneration >> 24)};
+  kilncore::utility::UpdateHashState(state, generation, sizeof(generation));
+  Guid result;
+  kilncore::utility::GetHashResult(state, result);
+  return result;
+}
+
 }  // namespace
 
 struct Session::Object {
-  enum class Kind { kTypedServer, kServer, kProject, kSource, kVideoRenderer, kAudioRenderer };
+  enum class Kind { kTypedServer, kServer, kFileServer, kProject, kSource, kVideoRenderer, kAudioRenderer };
   Kind kind;
   std::string application;
   std::shared_ptr<const SessionProject> project;
@@ -53,18 +77,30 @@ struct Session::Object {
   std::mutex audioMutex;
   int64_t nextSample = 0;
   uint32_t blockFrames = 0;
+  // Servers: whether the client asked for progress reports.
+  std::atomic<bool> watchingProgress{false};
+  // Sources: the caption stream the client selected, by index.
+  std::mutex captionMutex;
+  std::optional<size_t> selectedCaption;
 };
 
 Session::Session(UniqueFd socket, std::shared_ptr<const SessionContent> content, Options options)
     : mChannel(std::move(socket)),
       mContent(std::move(content)),
-      mOptions(options),
-      mPool(BufferPool::Options{options.recycleBuffers}) {
+      mOptions(WithFonts(std::move(options))),
+      mPool(BufferPool::Options{mOptions.recycleBuffers}) {
   timeval timeout{kSendTimeoutSeconds, 0};
   ::setsockopt(mChannel.Descriptor(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
   for (size_t i = 0; i < std::max<size_t>(1, mOptions.workerThreads); ++i) {
     mWorkers.emplace_back([this] { WorkerLoop(); });
   }
+}
+
+Session::Options Session::WithFonts(Options options) {
+  if (!options.fonts) {
+    options.fonts = std::make_shared<FontSet>();
+  }
+  return options;
 }
 
 Session::~Session() {
@@ -101,6 +137,11 @@ void Session::Dispatch(Message message) {
   }
   if (message.kind != MessageKind::kRequest) {
     return;
+  }
+  if (message.op == kRenderOp) {
+    // Entered here, in the order of the stream, so that a cancel read after
+    // the render always finds it.
+    RegisterJob(message);
   }
   if (IsQuick(message.op)) {
     // Table lookups answer faster here than a hand-over to a worker would.
@@ -154,9 +195,14 @@ void Session::HandleNotice(const Message& message) {
     } else if (message.op == "release") {
       std::lock_guard lock(mObjectsMutex);
       mObjects.erase(AsUint64(Field(args, "handle")));
+    } else if (message.op == "video-renderer.cancel") {
+      CancelJobs(AsUint64(Field(args, "handle")), GuidFromTree(Field(args, "job")));
+    } else if (message.op == "server.watch-progress") {
+      auto server = Find(AsUint64(Field(args, "handle")));
+      if (server && server->kind == Object::Kind::kServer) {
+        server->watchingProgress = true;
+      }
     }
-    // "video-renderer.cancel" and "server.watch-progress" need nothing here:
-    // the synthetic renders are immediate and report no progress.
   } catch (const std::exception&) {
     // A malformed notice has nobody to answer to; it is dropped.
   }
@@ -173,8 +219,74 @@ void Session::HandleRequest(const Message& message) {
     kilncore::logging::LogException(std::current_exception(), "tetherserver::Session request", message.op);
     status = kStatusFailed;
   }
-  if (status != kNoReply) {
-    Reply(message.id, status, MakeAny(std::move(reply)));
+  if (status == kNoReply) {
+    return;
+  }
+  if (message.op == kRenderOp && !ClaimJob(message.id)) {
+    return;  // cancelled meanwhile: the cancel has answered
+  }
+  Reply(message.id, status, MakeAny(std::move(reply)));
+}
+
+void Session::RegisterJob(const Message& message) {
+  Job job;
+  try {
+    const tether::AnyObject& args = AsObject(message.body);
+    job.renderer = AsUint64(Field(args, "handle"));
+    job.job = GuidFromTree(Field(args, "job"));
+  } catch (const std::exception&) {
+    // Entered all the same, so that the request's failure is answered; no
+    // cancel can name it.
+  }
+  std::lock_guard lock(mJobsMutex);
+  mJobs[message.id] = job;
+}
+
+bool Session::ClaimJob(uint64_t id) {
+  std::lock_guard lock(mJobsMutex);
+  return mJobs.erase(id) != 0;
+}
+
+bool Session::IsJobPending(uint64_t id) {
+  std::lock_guard lock(mJobsMutex);
+  return mJobs.count(id) != 0;
+}
+
+void Session::CancelJobs(uint64_t renderer, const Guid& job) {
+  std::vector<uint64_t> cancelled;
+  {
+    std::lock_guard lock(mJobsMutex);
+    for (auto it = mJobs.begin(); it != mJobs.end();) {
+      if (it->second.renderer == renderer && it->second.job == job) {
+        cancelled.push_back(it->first);
+        it = mJobs.erase(it);
+      } else {
+        ++it;
+      }
+    }
+  }
+  // Taken out of the table, so no worker will answer them: the answer is ours.
+  for (uint64_t id : cancelled) {
+    Reply(id, kStatusRenderCancelled, MakeAny(tether::AnyObject{}));
+  }
+}
+
+void Session::SendProgress(uint64_t server, const std::string& type, double value,
+                           const std::vector<std::string>& arguments) {
+  tether::AnyArray texts;
+  for (const auto& argument : arguments) {
+    texts.push_back(MakeAny(argument));
+  }
+  Message notice;
+  notice.op = "progress";
+  notice.body = MakeAny(tether::AnyObject{{"handle", MakeAny(server)},
+                                          {"type", MakeAny(type)},
+                                          {"value", MakeAny(value)},
+                                          {"arguments", MakeAny(std::move(texts))}});
+  try {
+    mChannel.Send(notice);
+  } catch (const std::exception&) {
+    Stop();
   }
 }
 
@@ -223,7 +335,8 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     return kStatusOK;
   }
 
-  auto target = Find(AsUint64(Field(args, "handle")));
+  const uint64_t handle = AsUint64(Field(args, "handle"));
+  auto target = Find(handle);
   if (!target) {
     return kStatusNotFound;
   }
@@ -231,6 +344,15 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     if (target->kind != kind) {
       throw WireError("handle of another kind of object");
     }
+  };
+  // A new source object for `item`, described in the reply.
+  auto storeSource = [&](std::shared_ptr<const SessionItem> item) {
+    auto object = std::make_shared<Object>();
+    object->kind = Kind::kSource;
+    object->item = std::move(item);
+    object->info = object->item->Describe();
+    reply["handle"] = MakeAny(Store(object));
+    reply["info"] = ToTree(object->info);
   };
 
   if (op == "typed.connect-linked-server") {
@@ -241,25 +363,45 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     reply["handle"] = MakeAny(Store(server));
     return kStatusOK;
   }
-  if (op == "typed.connect-file-server" || op == "server.open-farside-asset" || op == "file-server.open-file") {
-    return kStatusNotSupported;
+  if (op == "typed.connect-file-server") {
+    expect(Kind::kTypedServer);
+    if (!mContent->ServesFiles(target->application)) {
+      return kStatusNotSupported;
+    }
+    auto server = std::make_shared<Object>();
+    server->kind = Kind::kFileServer;
+    server->application = target->application;
+    reply["handle"] = MakeAny(Store(server));
+    return kStatusOK;
+  }
+  if (op == "file-server.open-file") {
+    expect(Kind::kFileServer);
+    FileNotes notes;
+    int32_t status = kStatusFailed;
+    auto item = mContent->OpenFile(target->application, FileFromTree(Field(args, "file")), notes, status);
+    if (!item) {
+      return status == kStatusOK ? kStatusFailed : status;
+    }
+    storeSource(std::move(item));
+    reply["kind"] = MakeAny(notes.kind);
+    reply["message"] = MakeAny(notes.message);
+    reply["detail"] = MakeAny(notes.detail);
+    return kStatusOK;
+  }
+  if (op == "server.open-farside-asset") {
+    expect(Kind::kServer);
+    int32_t status = kStatusFailed;
+    auto item =
+        mContent->OpenFarsideAsset(target->application, AssetRequestFromTree(Field(args, "request")), status);
+    if (!item) {
+      return status == kStatusOK ? kStatusFailed : status;
+    }
+    storeSource(std::move(item));
+    return kStatusOK;
   }
   if (op == "server.open-project") {
     expect(Kind::kServer);
-    tether::File file = FileFromTree(Field(args, "file"));
-    AnyValue json = OptionalField(args, "json");
-    int32_t status = kStatusFailed;
-    auto project = mContent->OpenProject(target->application, file, json ? AsString(json) : std::string(), status);
-    if (!project) {
-      return status == kStatusOK ? kStatusFailed : status;
-    }
-    auto object = std::make_shared<Object>();
-    object->kind = Kind::kProject;
-    object->project = project;
-    reply["handle"] = MakeAny(Store(object));
-    reply["file"] = ToTree(file);
-    reply["missingAssets"] = ToTree(project->GetMissingAssets());
-    return kStatusOK;
+    return OpenProject(handle, *target, args, reply);
   }
   if (op == "project.get-source") {
     expect(Kind::kProject);
@@ -267,12 +409,7 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     if (!item) {
       return kStatusNotFound;
     }
-    auto object = std::make_shared<Object>();
-    object->kind = Kind::kSource;
-    object->item = item;
-    object->info = item->Describe();
-    reply["handle"] = MakeAny(Store(object));
-    reply["info"] = ToTree(object->info);
+    storeSource(std::move(item));
     return kStatusOK;
   }
   if (op == "project.get-container") {
@@ -288,11 +425,15 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
   if (op == "project.get-items-as-xml") {
     expect(Kind::kProject);
-    std::string xml = "<items>";
+    std::vector<Guid> ids;
     for (const auto& item : AsArray(Field(args, "ids"))) {
-      xml += "<item id=\"" + GuidFromTree(item).AsUTF8String() + "\"/>";
+      ids.push_back(GuidFromTree(item));
     }
-    reply["xml"] = MakeAny(xml + "</items>");
+    auto xml = target->project->ItemsAsXML(ids);
+    if (!xml) {
+      return kStatusNotFound;
+    }
+    reply["xml"] = MakeAny(std::move(*xml));
     return kStatusOK;
   }
   if (op == "project.is-source-linked") {
@@ -302,10 +443,10 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
   if (op == "project.runtime-font-change") {
     expect(Kind::kProject);
-    reply["value"] = MakeAny(0u);
+    reply["value"] = MakeAny(mOptions.fonts->Generation());
     return kStatusOK;
   }
-  if (op == "video-renderer.render") {
+  if (op == kRenderOp) {
     expect(Kind::kVideoRenderer);
     return RenderVideo(*target, args, id);
   }
@@ -315,6 +456,35 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
 
   expect(Kind::kSource);
+  return HandleSource(op, *target, args, reply);
+}
+
+int32_t Session::OpenProject(uint64_t serverHandle, Object& server, const Body& args, Body& reply) {
+  tether::File file = FileFromTree(Field(args, "file"));
+  AnyValue json = OptionalField(args, "json");
+  ProgressSink progress;
+  if (server.watchingProgress) {
+    progress = [this, serverHandle](const std::string& type, double value, const std::vector<std::string>& arguments) {
+      SendProgress(serverHandle, type, value, arguments);
+    };
+  }
+  int32_t status = kStatusFailed;
+  auto project =
+      mContent->OpenProject(server.application, file, json ? AsString(json) : std::string(), status, progress);
+  if (!project) {
+    return status == kStatusOK ? kStatusFailed : status;
+  }
+  auto object = std::make_shared<Object>();
+  object->kind = Object::Kind::kProject;
+  object->project = project;
+  reply["handle"] = MakeAny(Store(object));
+  reply["file"] = ToTree(file);
+  reply["missingAssets"] = ToTree(project->GetMissingAssets());
+  return kStatusOK;
+}
+
+int32_t Session::HandleSource(const std::string& op, Object& source, const Body& args, Body& reply) {
+  using Kind = Object::Kind;
   if (op == "source.init") {
     tether::SourceInfo info = SourceInfoFromTree(Field(args, "info"));
     reply["id"] = ToTree(info.sourceID);
@@ -323,12 +493,12 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   if (op == "source.get-video-renderer") {
     auto object = std::make_shared<Object>();
     object->kind = Kind::kVideoRenderer;
-    object->item = target->item;
+    object->item = source.item;
     object->video = VideoRenderOptionsFromTree(Field(args, "options"));
-    if (target->item->HangsRendererCreation(object->video)) {
+    if (source.item->HangsRendererCreation(object->video)) {
       return kNoReply;
     }
-    if (target->item->FrameBytes(object->video) == 0) {
+    if (source.item->FrameBytes(object->video) == 0) {
       return kStatusNotSupported;
     }
     reply["handle"] = MakeAny(Store(object));
@@ -337,9 +507,9 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   if (op == "source.get-audio-renderer") {
     auto object = std::make_shared<Object>();
     object->kind = Kind::kAudioRenderer;
-    object->item = target->item;
+    object->item = source.item;
     object->audio = AudioRenderOptionsFromTree(Field(args, "options"));
-    uint32_t rate = target->item->SampleRate(object->audio);
+    uint32_t rate = source.item->SampleRate(object->audio);
     size_t channels = object->audio.GetAudioChannelLayout().size();
     uint32_t blockSamples = AsUint32(Field(args, "blockSamples"));
     if (rate == 0 || channels == 0 || blockSamples == 0 || blockSamples > (1u << 24)) {
@@ -368,12 +538,26 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     return kStatusOK;
   }
   if (op == "source.get-caption-data") {
-    reply["captions"] = ToTree(tether::CaptionData{});
+    tether::CaptionData captions = source.item->Captions();
+    std::lock_guard lock(source.captionMutex);
+    if (source.selectedCaption) {
+      // The client's choice replaces the file's.
+      for (size_t i = 0; i < captions.streams.size(); ++i) {
+        captions.streams[i].selected = i == *source.selectedCaption;
+      }
+    }
+    reply["captions"] = ToTree(captions);
     return kStatusOK;
   }
   if (op == "source.set-caption-selection") {
-    CaptionSelectionFromTree(Field(args, "selection"));
-    reply["value"] = MakeAny(true);
+    tether::CaptionSelectionData selection = CaptionSelectionFromTree(Field(args, "selection"));
+    const size_t streams = source.item->Captions().streams.size();
+    const bool valid = selection.streamIndex >= 0 && static_cast<size_t>(selection.streamIndex) < streams;
+    if (valid) {
+      std::lock_guard lock(source.captionMutex);
+      source.selectedCaption = static_cast<size_t>(selection.streamIndex);
+    }
+    reply["value"] = MakeAny(valid);
     return kStatusOK;
   }
   if (op == "source.contains-link") {
@@ -381,7 +565,7 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     return kStatusOK;
   }
   if (op == "source.get-runtime-guid") {
-    reply["id"] = ToTree(target->info.contentState);
+    reply["id"] = ToTree(RuntimeGuidOf(source.info.contentState, mOptions.fonts->Generation()));
     return kStatusOK;
   }
   return kStatusNotSupported;
@@ -390,15 +574,22 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
 int32_t Session::RenderVideo(Object& renderer, const Body& args, uint64_t id) {
   GuidFromTree(Field(args, "job"));
   tether::RatioTime time = RatioFromTree(Field(args, "time"));
+  if (!IsJobPending(id)) {
+    return kNoReply;  // cancelled while it waited for a worker: nothing to draw
+  }
   if (renderer.item->HangsRenders()) {
-    return kNoReply;
+    return kNoReply;  // stays in the job table, where only a cancel answers it
   }
   size_t size = renderer.item->FrameBytes(renderer.video);
   auto lease = mPool.Acquire(size);
   int32_t status = renderer.item->RenderFrame(renderer.video, time, lease.buffer->Data(), size);
   if (status != kStatusOK) {
-    mPool.Release(lease.id);
+    mPool.Abandon(lease);
     return status;
+  }
+  if (!ClaimJob(id)) {
+    mPool.Abandon(lease);  // cancelled while drawing: the frame is dropped
+    return kNoReply;
   }
   SendBlock(id, lease, size);
   return kNoReply;  // answered by SendBlock
@@ -415,7 +606,7 @@ int32_t Session::RenderAudio(Object& renderer, uint64_t id) {
   int32_t status = renderer.item->RenderAudio(renderer.audio, renderer.nextSample, renderer.blockFrames,
                                               reinterpret_cast<float*>(lease.buffer->Data()));
   if (status != kStatusOK) {
-    mPool.Release(lease.id);
+    mPool.Abandon(lease);
     return status;
   }
   renderer.nextSample += renderer.blockFrames;

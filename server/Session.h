@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FontSet.h"
 #include "SessionContent.h"
 
 #include <tether/wire/BufferPool.h>
@@ -28,6 +29,9 @@ class Session {
     // False: a fresh shared buffer for every frame (for comparison only).
     bool recycleBuffers = true;
     size_t workerThreads = 4;
+    // The fonts that all sessions of a server share; a session makes its own
+    // when left null.
+    std::shared_ptr<FontSet> fonts;
   };
 
   Session(tether::wire::UniqueFd socket, std::shared_ptr<const SessionContent> content, Options options);
@@ -47,7 +51,21 @@ class Session {
  private:
   using Body = tether::AnyObject;
 
+  // A video render that has not been answered yet. Whoever takes it out of
+  // the table (the worker that rendered it, or a cancel) sends the one reply.
+  struct Job {
+    uint64_t renderer = 0;
+    kilncore::utility::Guid job;
+  };
+
+  static Options WithFonts(Options options);
   void Dispatch(tether::wire::Message message);
+  void RegisterJob(const tether::wire::Message& message);
+  // Takes request `id` out of the job table; false if a cancel took it first.
+  bool ClaimJob(uint64_t id);
+  void CancelJobs(uint64_t renderer, const kilncore::utility::Guid& job);
+  bool IsJobPending(uint64_t id);
+  void SendProgress(uint64_t server, const std::string& type, double value, const std::vector<std::string>& arguments);
   void HandleNotice(const tether::wire::Message& message);
   void HandleRequest(const tether::wire::Message& message);
   void Reply(uint64_t id, int32_t status, tether::AnyValue body, std::vector<tether::wire::UniqueFd> fds = {});
@@ -59,6 +77,8 @@ class Session {
   // Request handlers: fill `reply` and return a status, or return -1 to leave
   // the request unanswered.
   int32_t Handle(const std::string& op, const Body& args, uint64_t id, Body& reply);
+  int32_t HandleSource(const std::string& op, Object& source, const Body& args, Body& reply);
+  int32_t OpenProject(uint64_t serverHandle, Object& server, const Body& args, Body& reply);
   int32_t RenderVideo(Object& renderer, const Body& args, uint64_t id);
   int32_t RenderAudio(Object& renderer, uint64_t id);
 
@@ -70,6 +90,9 @@ class Session {
   std::mutex mObjectsMutex;
   uint64_t mNextHandle = 1;
   std::map<uint64_t, std::shared_ptr<Object>> mObjects;
+
+  std::mutex mJobsMutex;
+  std::map<uint64_t, Job> mJobs;  // by request id
 
   std::mutex mQueueMutex;
   std::condition_variable mQueueWake;

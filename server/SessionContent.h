@@ -1,6 +1,8 @@
 #pragma once
 
 #include <tether/AudioRenderOptions.h>
+#include <tether/CaptionData.h>
+#include <tether/FarsideAssetRequestInfo.h>
 #include <tether/File.h>
 #include <tether/ItemInfo.h>
 #include <tether/MissingAssets.h>
@@ -11,8 +13,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tetherserver {
@@ -39,6 +43,9 @@ class SessionItem {
   // The sample rate (Hz) of `options`, 0 if unsupported.
   virtual uint32_t SampleRate(const tether::AudioRenderOptions& options) const = 0;
 
+  // The item's captions; empty when it has none.
+  virtual tether::CaptionData Captions() const { return {}; }
+
   // Test hooks of the synthetic content: requests that are never answered,
   // to test what a client does with requests in flight.
   virtual bool HangsRenders() const { return false; }
@@ -55,6 +62,27 @@ class SessionProject {
   virtual std::optional<std::vector<tether::ItemInfo>> GetContainedItems(const kilncore::utility::Guid& id) const = 0;
   // The item `id`, or null.
   virtual std::shared_ptr<const SessionItem> GetItem(const kilncore::utility::Guid& id) const = 0;
+  // The items `ids` (compositions or folders) as a project XML text (UTF-8),
+  // or nothing if one of them is no item of this project.
+  virtual std::optional<std::string> ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const = 0;
+};
+
+// The progress keys of an opening project. The first argument of each is the
+// project's path; a missing font adds its family and style.
+inline constexpr char kOpeningProgressType[] = "$$$/TetherServer/OpeningProject=Opening ^1";
+inline constexpr char kMissingFontProgressType[] = "$$$/TetherServer/MissingFont=The font ^2 ^3 of ^1 is missing";
+
+// Receives progress reports while a project opens: the progress key (UTF-8,
+// "$$$/key=default text"), the value (0..1, negative for unknown) and the
+// key's arguments.
+using ProgressSink =
+    std::function<void(const std::string& type, double value, const std::vector<std::string>& arguments)>;
+
+// The server's notes on a file that a file server opened.
+struct FileNotes {
+  std::string kind;     // UTF-8
+  std::string message;  // UTF-8, for the user; empty when there is nothing to say
+  int32_t detail = 0;
 };
 
 // What a server serves: opens projects of the applications it knows.
@@ -66,7 +94,26 @@ class SessionContent {
   // Opens `file` (with the application's options `json`, possibly empty).
   // Null with `status` set on failure.
   virtual std::shared_ptr<const SessionProject> OpenProject(const std::string& application, const tether::File& file,
-                                                            const std::string& json, int32_t& status) const = 0;
+                                                            const std::string& json, int32_t& status,
+                                                            const ProgressSink& progress) const = 0;
+  // Whether the typed server of `application` connects a file server
+  // (typed.connect-file-server).
+  virtual bool ServesFiles(const std::string& /*application*/) const { return false; }
+  // A file server's road: the item of the plain file `file`. Null with
+  // `status` set on failure.
+  virtual std::shared_ptr<const SessionItem> OpenFile(const std::string& /*application*/, const tether::File& /*file*/,
+                                                      FileNotes& /*notes*/, int32_t& status) const {
+    status = 5;
+    return nullptr;
+  }
+  // A remote asset: the item that `request` names. Null with `status` set on
+  // failure.
+  virtual std::shared_ptr<const SessionItem> OpenFarsideAsset(const std::string& /*application*/,
+                                                              const tether::FarsideAssetRequestInfo& /*request*/,
+                                                              int32_t& status) const {
+    status = 5;
+    return nullptr;
+  }
 };
 
 }  // namespace tetherserver

@@ -1,5 +1,6 @@
 #include "SessionProjectContent.h"
 
+#include <server/project/ProjectXml.h>
 #include "SessionSyntheticContent.h"
 
 #include <server/project/Project.h>
@@ -10,6 +11,8 @@
 #include <tether/wire/Protocol.h>
 
 #include <kilncore/string/UTFConversion.h>
+
+#include <string>
 
 namespace tetherserver {
 namespace {
@@ -29,6 +32,20 @@ int32_t StatusOf(const ProjectError& error) {
     default:
       return tether::wire::kStatusFailed;
   }
+}
+
+std::string FlavourName(ProjectFlavour flavour) {
+  switch (flavour) {
+    case ProjectFlavour::kProject:
+      return "Marl project";
+    case ProjectFlavour::kProjectXML:
+      return "Marl project XML";
+    case ProjectFlavour::kCapture:
+      return "Marl capture";
+    case ProjectFlavour::kGraphicTemplate:
+      return "Marl motion-graphics template";
+  }
+  return std::string();
 }
 
 // One composition; it keeps its project, which owns the composition.
@@ -67,6 +84,8 @@ class CompositionItem : public SessionItem {
     return AudioSynthesizer::SampleRateOfTicks(options.GetSampleRate());
   }
 
+  tether::CaptionData Captions() const override { return mComposition->captions; }
+
  private:
   std::shared_ptr<const Project> mProject;
   const Composition* mComposition;
@@ -83,14 +102,71 @@ class OpenedProject : public SessionProject {
     return mProject->GetContainedItems(id);
   }
 
-  std::shared_ptr<const SessionItem> GetItem(const Guid& id) const override {
-    const Composition* composition = mProject->FindComposition(id);
-    auto info = mProject->DescribeSource(id);
+  std::shared_ptr<const SessionItem> GetItem(const Guid& id) const override { return ItemOf(mProject, id); }
+
+  std::optional<std::string> ItemsAsXML(const std::vector<Guid>& ids) const override {
+    std::vector<ProjectXmlItem> items;
+    for (const Guid& id : ids) {
+      if (id.IsNil()) {
+        return std::nullopt;
+      }
+      auto item = XmlItemOf(id);
+      if (!item) {
+        return std::nullopt;
+      }
+      items.push_back(std::move(*item));
+    }
+    return WriteProjectXml(mProject->GetPath().string(), items);
+  }
+
+  static std::shared_ptr<const SessionItem> ItemOf(const std::shared_ptr<const Project>& project, const Guid& id) {
+    const Composition* composition = project->FindComposition(id);
+    auto info = project->DescribeSource(id);
     if (!composition || !info) {
       return nullptr;
     }
-    return std::make_shared<CompositionItem>(mProject, composition, *info);
+    return std::make_shared<CompositionItem>(project, composition, *info);
   }
+
+ private:
+  // A folder carries its whole subtree, so that an exported folder can be
+  // rebuilt on the reader's side.
+  std::optional<ProjectXmlItem> XmlItemOf(const Guid& id) const {
+    if (const Composition* composition = mProject->FindComposition(id)) {
+      return ProjectXmlItem{false,
+                            id,
+                            composition->name,
+                            {{"width", std::to_string(composition->width)},
+                             {"height", std::to_string(composition->height)},
+                             {"frameRate", std::to_string(composition->rateNumerator) + "/" +
+                                               std::to_string(composition->rateDenominator)},
+                             {"durationFrames", std::to_string(composition->durationFrames)},
+                             {"contentState", composition->contentState.AsUTF8String()}},
+                            {}};
+    }
+    auto entries = mProject->GetContainedItems(id);
+    if (!entries) {
+      return std::nullopt;
+    }
+    ProjectXmlItem folder{true, id, FolderName(id), {}, {}};
+    for (const auto& entry : *entries) {
+      if (auto child = XmlItemOf(entry.id)) {
+        folder.children.push_back(std::move(*child));
+      }
+    }
+    return folder;
+  }
+
+  std::string FolderName(const Guid& id) const {
+    for (const auto& entry : mProject->ListTree()) {
+      if (entry.item.id == id) {
+        return kilncore::string::UTF16to8(entry.item.name);
+      }
+    }
+    return std::string();
+  }
+
+ public:
 
  private:
   std::shared_ptr<const Project> mProject;
@@ -101,24 +177,112 @@ class OpenedProject : public SessionProject {
 SessionProjectContent::SessionProjectContent() : mSynthetic(std::make_shared<SessionSyntheticContent>()) {}
 
 bool SessionProjectContent::SupportsApplication(const std::string& application) const {
-  return application == "Marl";
+  return application == "Marl" || ServesFiles(application);
+}
+
+bool SessionProjectContent::ServesFiles(const std::string& application) const {
+  return application == "Tolmen" || application == "Easel";
 }
 
 std::shared_ptr<const SessionProject> SessionProjectContent::OpenProject(const std::string& application,
                                                                          const tether::File& file,
-                                                                         const std::string& json,
-                                                                         int32_t& status) const {
+                                                                         const std::string& json, int32_t& status,
+                                                                         const ProgressSink& progress) const {
+  // The other applications' project formats come with their own handlers;
+  // until then their generic servers open nothing.
+  if (application != "Marl") {
+    status = tether::wire::kStatusNotSupported;
+    return nullptr;
+  }
   std::string path = kilncore::string::UTF16to8(file.FullPath());
   if (path.size() >= 10 && path.compare(path.size() - 10, 10, ".synthetic") == 0) {
-    return mSynthetic->OpenProject(application, file, json, status);
+    return mSynthetic->OpenProject(application, file, json, status, progress);
   }
+  auto report = [&](const char* type, double value, std::vector<std::string> arguments) {
+    if (progress) {
+      arguments.insert(arguments.begin(), path);
+      progress(type, value, arguments);
+    }
+  };
+  report(kOpeningProgressType, 0.0, {});
   auto opened = Project::Open(path);
   if (!opened) {
     status = StatusOf(opened.error);
     return nullptr;
   }
+  report(kOpeningProgressType, 0.5, {});
+  for (const auto& font : (*opened)->GetFonts()) {
+    if (!font.available) {
+      report(kMissingFontProgressType, -1.0, {font.family, font.style});
+    }
+  }
+  report(kOpeningProgressType, 1.0, {});
   status = tether::wire::kStatusOK;
   return std::make_shared<OpenedProject>(*opened);
+}
+
+std::shared_ptr<const SessionItem> SessionProjectContent::OpenFile(const std::string& application,
+                                                                   const tether::File& file, FileNotes& notes,
+                                                                   int32_t& status) const {
+  if (!ServesFiles(application)) {
+    status = tether::wire::kStatusNotSupported;
+    return nullptr;
+  }
+  auto opened = Project::Open(kilncore::string::UTF16to8(file.FullPath()));
+  if (!opened) {
+    status = StatusOf(opened.error);
+    return nullptr;
+  }
+  // A plain file shows one item: the first composition of the tree.
+  auto compositions = (*opened)->ListCompositions();
+  if (compositions.empty()) {
+    status = tether::wire::kStatusNotFound;
+    return nullptr;
+  }
+  notes.kind = FlavourName((*opened)->GetFlavour());
+  notes.detail = static_cast<int32_t>(compositions.size());
+  size_t missing = (*opened)->GetMissingFonts().size();
+  notes.message = missing == 0 ? std::string() : std::to_string(missing) + " font(s) missing";
+  status = tether::wire::kStatusOK;
+  return OpenedProject::ItemOf(*opened, compositions.front().id);
+}
+
+std::shared_ptr<const SessionItem> SessionProjectContent::OpenFarsideAsset(
+    const std::string& application, const tether::FarsideAssetRequestInfo& request, int32_t& status) const {
+  if (application != "Marl") {
+    status = tether::wire::kStatusNotSupported;
+    return nullptr;
+  }
+  if (request.serverAddress.empty()) {
+    status = tether::wire::kStatusServerUnavailable;
+    return nullptr;
+  }
+  if (request.production.empty() || request.asset.empty()) {
+    status = tether::wire::kStatusNotFound;
+    return nullptr;
+  }
+  auto opened = Project::Open(request.production);
+  if (!opened) {
+    status = StatusOf(opened.error);
+    return nullptr;
+  }
+  if (!request.version.empty() && request.version != std::to_string((*opened)->GetRevision())) {
+    status = tether::wire::kStatusNotFound;
+    return nullptr;
+  }
+  // The asset names a composition by its identifier, or else by its name.
+  Guid id(request.asset);
+  if (id.IsNil()) {
+    for (const auto& item : (*opened)->ListCompositions()) {
+      if (kilncore::string::UTF16to8(item.name) == request.asset) {
+        id = item.id;
+        break;
+      }
+    }
+  }
+  auto item = OpenedProject::ItemOf(*opened, id);
+  status = item ? tether::wire::kStatusOK : tether::wire::kStatusNotFound;
+  return item;
 }
 
 }  // namespace tetherserver

@@ -15,7 +15,14 @@ class SessionProjectContent : public SessionContent {
 
   bool SupportsApplication(const std::string& application) const override;
   std::shared_ptr<const SessionProject> OpenProject(const std::string& application, const tether::File& file,
-                                                    const std::string& json, int32_t& status) const override;
+                                                    const std::string& json, int32_t& status,
+                                                    const ProgressSink& progress) const override;
+  bool ServesFiles(const std::string& application) const override;
+  std::shared_ptr<const SessionItem> OpenFile(const std::string& application, const tether::File& file,
+                                              FileNotes& notes, int32_t& status) const override;
+  std::shared_ptr<const SessionItem> OpenFarsideAsset(const std::string& application,
+                                                      const tether::FarsideAssetRequestInfo& request,
+                                                      int32_t& status) const override;
 
  private:
   std::shared_ptr<const SessionContent> mSynthetic;

@@ -1,5 +1,7 @@
 #include "SessionSyntheticContent.h"
 
+#include <server/project/ProjectXml.h>
+
 #include <tether/wire/Protocol.h>
 
 #include <kilncore/string/UTFConversion.h>
@@ -120,7 +122,8 @@ class SyntheticItem : public SessionItem {
 class SyntheticProject : public SessionProject {
  public:
   explicit SyntheticProject(const tether::File& file)
-      : mItem(std::make_shared<SyntheticItem>(SessionSyntheticContent::kItemID, u"Synthetic", file, false)),
+      : mFile(file),
+        mItem(std::make_shared<SyntheticItem>(SessionSyntheticContent::kItemID, u"Synthetic", file, false)),
         mHanging(std::make_shared<SyntheticItem>(SessionSyntheticContent::kHangingItemID, u"Hanging", file, true)) {}
 
   tether::MissingAssets GetMissingAssets() const override { return {}; }
@@ -134,6 +137,18 @@ class SyntheticProject : public SessionProject {
                                           tether::ItemInfo::kTypeLeaf}};
   }
 
+  std::optional<std::string> ItemsAsXML(const std::vector<Guid>& ids) const override {
+    std::vector<ProjectXmlItem> items;
+    for (const Guid& id : ids) {
+      auto item = GetItem(id);
+      if (!item) {
+        return std::nullopt;
+      }
+      items.push_back(ProjectXmlItem{false, id, kilncore::string::UTF16to8(item->Describe().name), {}, {}});
+    }
+    return WriteProjectXml(kilncore::string::UTF16to8(mFile.FullPath()), items);
+  }
+
   std::shared_ptr<const SessionItem> GetItem(const Guid& id) const override {
     if (id == SessionSyntheticContent::kItemID) {
       return mItem;
@@ -145,6 +160,7 @@ class SyntheticProject : public SessionProject {
   }
 
  private:
+  tether::File mFile;
   std::shared_ptr<const SessionItem> mItem;
   std::shared_ptr<const SessionItem> mHanging;
 };
@@ -174,10 +190,14 @@ bool SessionSyntheticContent::SupportsApplication(const std::string& application
 
 std::shared_ptr<const SessionProject> SessionSyntheticContent::OpenProject(const std::string&,
                                                                            const tether::File& file,
-                                                                           const std::string&, int32_t& status) const {
+                                                                           const std::string&, int32_t& status,
+                                                                           const ProgressSink& progress) const {
   if (file.IsEmpty()) {
     status = tether::wire::kStatusNotFound;
     return nullptr;
+  }
+  if (progress) {
+    progress(kOpeningProgressType, 1.0, {kilncore::string::UTF16to8(file.FullPath())});
   }
   status = tether::wire::kStatusOK;
   return std::make_shared<SyntheticProject>(file);

@@ -31,7 +31,8 @@ class SessionSyntheticContent : public SessionContent {
 
   bool SupportsApplication(const std::string& application) const override;
   std::shared_ptr<const SessionProject> OpenProject(const std::string& application, const tether::File& file,
-                                                    const std::string& json, int32_t& status) const override;
+                                                    const std::string& json, int32_t& status,
+                                                    const ProgressSink& progress) const override;
 };
 
 }  // namespace tetherserver

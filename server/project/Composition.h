@@ -3,6 +3,7 @@
 #include <server/project/CompositionAudio.h>
 #include <server/project/Layer.h>
 
+#include <tether/CaptionData.h>
 #include <tether/MediaTypes.h>
 
 #include <kilncore/utility/Guid.h>
@@ -38,6 +39,9 @@ struct Composition {
   std::vector<Layer> layers;
   CompositionAudio audio;
   std::vector<std::string> markers;
+  // The captions as the file gives them (serialised text and streams); empty
+  // when the composition has none.
+  tether::CaptionData captions;
   // The composition's JSON object as read, written compactly: its definition.
   // The content state is a hash of this text.
   std::string definitionText;

@@ -74,6 +74,8 @@ class Project {
   ProjectFlavour GetFlavour() const { return mFlavour; }
   // The "producer" text of the file, for people (UTF-8).
   const std::string& GetProducer() const { return mContents.producer; }
+  // The file's "revision" (0 when it names none).
+  int64_t GetRevision() const { return mContents.revision; }
 
   // The entries of one folder, in the file's order, as the client's Container
   // hands them out. The nil Guid names the project's top level. Nothing if

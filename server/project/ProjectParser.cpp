@@ -306,6 +306,29 @@ void ReadFrameRate(const Value& value, const std::string& path, Composition& com
   }
 }
 
+// Captions are handed to clients as they are: the server doesn't interpret
+// the serialised text, it only keeps which stream is selected.
+tether::CaptionData ReadCaptions(const Value& value, const std::string& path) {
+  RequireObject(value, path);
+  tether::CaptionData captions;
+  captions.serializedData = OptionalString(value, "data", path);
+  if (const Value* streams = OptionalMember(value, "streams")) {
+    RequireArray(*streams, path + ".streams");
+    for (rapidjson::SizeType i = 0; i < streams->Size(); ++i) {
+      const std::string streamPath = path + ".streams[" + std::to_string(i) + "]";
+      const Value& stream = (*streams)[i];
+      RequireObject(stream, streamPath);
+      tether::CaptionStreamEntry entry;
+      entry.streamID = static_cast<uint64_t>(
+          ReadInteger(Member(stream, "id", streamPath), streamPath + ".id", 0, std::numeric_limits<int64_t>::max()));
+      entry.label = OptionalString(stream, "label", streamPath);
+      entry.selected = OptionalBool(stream, "selected", streamPath, false);
+      captions.streams.push_back(std::move(entry));
+    }
+  }
+  return captions;
+}
+
 Composition ReadComposition(const Value& value, const std::string& path) {
   Composition comp;
   comp.id = ReadGuid(value, path);
@@ -352,6 +375,9 @@ Composition ReadComposition(const Value& value, const std::string& path) {
     for (rapidjson::SizeType i = 0; i < markers->Size(); ++i) {
       comp.markers.push_back(ReadString((*markers)[i], path + ".markers[" + std::to_string(i) + "]"));
     }
+  }
+  if (const Value* captions = OptionalMember(value, "captions")) {
+    comp.captions = ReadCaptions(*captions, path + ".captions");
   }
   comp.definitionText = CompactText(value);
   comp.contentState = HashDefinition(comp.definitionText);

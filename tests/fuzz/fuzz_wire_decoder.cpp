@@ -46,6 +46,22 @@ void ReadBody(const tether::AnyValue& body) {
         Try([&] { EncodeTree(member); });
       }
     }
+    // A progress notice, as the client reads it.
+    Try([&] {
+      AsString(Field(object, "type"));
+      AsDouble(Field(object, "value"));
+      for (const auto& argument : AsArray(Field(object, "arguments"))) {
+        WideFromTree(argument);
+      }
+    });
+    // A file server's notes on an opened file, and the XML and font replies.
+    Try([&] {
+      WideFromTree(Field(object, "kind"));
+      WideFromTree(Field(object, "message"));
+      AsInt32(Field(object, "detail"));
+    });
+    Try([&] { AsString(Field(object, "xml")); });
+    Try([&] { AsUint32(Field(object, "value")); });
     AsUint32(Field(object, "buffer"));
     AsUint64(Field(object, "capacity"));
     AsUint64(Field(object, "size"));

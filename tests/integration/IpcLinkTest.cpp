@@ -216,9 +216,9 @@ TEST_P(IpcLinkTest, CarriesTheSourcesOtherRequests) {
 
 TEST_P(IpcLinkTest, UnsupportedApplicationFailsItsCallbackOnce) {
   std::atomic<int> calls{0};
-  auto [status, server] = Await<TolmenServer>([&](auto cb) {
-    mBackend->CreateTolmenServer(
-        [cb, &calls](ConnectionStatus s, const std::shared_ptr<TolmenServer>& t) {
+  auto [status, server] = Await<SprocketServer>([&](auto cb) {
+    mBackend->CreateSprocketServer(
+        [cb, &calls](ConnectionStatus s, const std::shared_ptr<SprocketServer>& t) {
           ++calls;
           cb(s, t);
         },

@@ -218,3 +218,50 @@ TEST(ProjectTest, EveryFlavourReadsTheSameFormat) {
 }
 
 }  // namespace
+
+namespace tetherserver {
+namespace {
+
+TEST(ProjectCaptionsTest, CaptionedSampleCarriesItsTextAndStreams) {
+  auto project = servertest::OpenExample("captioned.marlp");
+  ASSERT_TRUE(project);
+  const auto* composition = project->FindComposition(kilncore::utility::Guid("CA000000-0000-4000-8000-000000000001"));
+  ASSERT_NE(composition, nullptr);
+  EXPECT_EQ(composition->captions.version, 1);
+  EXPECT_EQ(composition->captions.serializedData.rfind("1\n00:00:00,000", 0), 0u);
+  ASSERT_EQ(composition->captions.streams.size(), 3u);
+  EXPECT_EQ(composition->captions.streams[0], (tether::CaptionStreamEntry{1, true, "English"}));
+  EXPECT_EQ(composition->captions.streams[1], (tether::CaptionStreamEntry{2, false, "Deutsch"}));
+  EXPECT_EQ(composition->captions.streams[2], (tether::CaptionStreamEntry{7, false, "Français"}));
+}
+
+TEST(ProjectCaptionsTest, CompositionWithoutCaptionsHasAnEmptyRecord) {
+  auto project = servertest::OpenExample("simple.marlp");
+  ASSERT_TRUE(project);
+  const auto* composition = project->FindComposition(kilncore::utility::Guid("5E1A0C3B-6F2D-4A8E-9B71-0C2D3E4F5A01"));
+  ASSERT_NE(composition, nullptr);
+  EXPECT_EQ(composition->captions, tether::CaptionData{});
+}
+
+TEST(ProjectCaptionsTest, MalformedCaptionsAreBadFieldsWithTheirPath) {
+  const std::string id = "C0000000-0000-4000-8000-000000000001";
+  auto parse = [&](const std::string& captions) {
+    return Project::Parse(servertest::ProjectJSON(servertest::CompositionJSON(id, "\"captions\":" + captions)),
+                          "p.marlp");
+  };
+  EXPECT_TRUE(parse(R"({"streams":[{"id":0}]})").ok());
+  auto notObject = parse("[]");
+  ASSERT_FALSE(notObject.ok());
+  EXPECT_EQ(notObject.error.kind, ProjectError::Kind::kBadField);
+  auto negative = parse(R"({"streams":[{"id":-1}]})");
+  ASSERT_FALSE(negative.ok());
+  EXPECT_NE(negative.error.message.find("$.items[0].captions.streams[0].id"), std::string::npos)
+      << negative.error.message;
+  auto noId = parse(R"({"streams":[{"label":"x"}]})");
+  EXPECT_FALSE(noId.ok());
+  auto badText = parse(R"({"data":3})");
+  EXPECT_FALSE(badText.ok());
+}
+
+}  // namespace
+}  // namespace tetherserver

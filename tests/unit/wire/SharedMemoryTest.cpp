@@ -31,6 +31,35 @@ TEST(SharedMemoryTest, PoolRecyclesAReleasedBufferAndSendsItsDescriptorOnce) {
   EXPECT_EQ(pool.LeasedCount(), 2u);
 }
 
+TEST(SharedMemoryTest, AbandonedFirstTripLeaseSendsItsDescriptorWhenNextLeased) {
+  // A render that fails or is cancelled never sends its buffer: the peer
+  // must still get the descriptor on the buffer's first real trip.
+  BufferPool pool;
+  auto first = pool.Acquire(1000);
+  ASSERT_TRUE(first.sendDescriptor);
+  pool.Abandon(first);
+  auto second = pool.Acquire(1000);
+  EXPECT_EQ(second.id, first.id);
+  EXPECT_TRUE(second.sendDescriptor);
+  EXPECT_TRUE(pool.Release(second.id));
+  auto third = pool.Acquire(1000);
+  EXPECT_FALSE(third.sendDescriptor);
+  // Abandoning a buffer that the peer has already mapped keeps it mapped.
+  pool.Abandon(third);
+  EXPECT_FALSE(pool.Acquire(1000).sendDescriptor);
+  EXPECT_EQ(pool.BufferCount(), 1u);
+}
+
+TEST(SharedMemoryTest, AbandonedBufferThatThePeerNeverMappedIsNotForgottenAloud) {
+  BufferPool::Options options;
+  options.maxIdleBytes = 0;  // every idle buffer is destroyed at once
+  BufferPool pool(options);
+  auto lease = pool.Acquire(1000);
+  pool.Abandon(lease);
+  EXPECT_EQ(pool.BufferCount(), 0u);
+  EXPECT_TRUE(pool.TakeForgotten().empty());
+}
+
 TEST(SharedMemoryTest, ReleasingAnUnknownOrIdleBufferChangesNothing) {
   BufferPool pool;
   EXPECT_FALSE(pool.Release(77));

@@ -45,13 +45,43 @@ void IpcServer::OnNotice(const std::string& op, const AnyValue& body) {
   for (const auto& argument : wire::AsArray(wire::Field(object, "arguments"))) {
     arguments.push_back(wire::WideFromTree(argument));
   }
-  ProgressCallback progress;
+  bool startDrain = false;
   {
     std::lock_guard lock(mMutex);
-    progress = mProgress;
+    if (!mProgress) {
+      return;
+    }
+    mReports.push_back(Report{std::move(type), value, std::move(arguments)});
+    startDrain = !std::exchange(mDraining, true);
   }
-  if (progress) {
-    GetConnection()->Executor()->Post([progress, type, value, arguments] { progress(type, value, arguments); });
+  if (startDrain) {
+    std::weak_ptr<IpcServer> weak = weak_from_this();
+    GetConnection()->Executor()->Post([weak] {
+      if (auto self = weak.lock()) {
+        self->DrainProgress();
+      }
+    });
+  }
+}
+
+void IpcServer::DrainProgress() {
+  for (;;) {
+    Report report;
+    ProgressCallback progress;
+    {
+      std::lock_guard lock(mMutex);
+      if (mReports.empty()) {
+        mDraining = false;
+        return;
+      }
+      report = std::move(mReports.front());
+      mReports.pop_front();
+      progress = mProgress;
+    }
+    if (progress) {
+      // A host callback that throws loses its report, not the ones after it.
+      CallbackExecutor::RunGuarded([&] { progress(report.type, report.value, report.arguments); });
+    }
   }
 }
 

@@ -5,6 +5,7 @@
 #include <tether/FileServer.h>
 #include <tether/Server.h>
 
+#include <deque>
 #include <mutex>
 
 namespace tether::ipc {
@@ -23,10 +24,22 @@ class IpcServer : public Server, protected RemoteObject, public std::enable_shar
  private:
   void Open(ProjectCallback callback, AnyObject arguments);
   void OnNotice(const std::string& op, const AnyValue& body);
+  void DrainProgress();
+
+  // A progress report as it came from the server.
+  struct Report {
+    std::string type;
+    double value = 0.0;
+    std::vector<kilncore::WideString> arguments;
+  };
 
   std::mutex mMutex;
   ProgressCallback mProgress;
   bool mSubscribed = false;
+  // Reports run one at a time and in the server's order, whichever library
+  // thread takes them: a host's progress bar must not step backwards.
+  std::deque<Report> mReports;
+  bool mDraining = false;
 };
 
 // The server of an application that opens plain files.

@@ -33,8 +33,23 @@ BufferPool::Lease BufferPool::Acquire(size_t bytes) {
 }
 
 bool BufferPool::Release(uint32_t id) {
+  // Declared before the lock: a destroyed buffer is unmapped after unlocking.
   std::unique_ptr<SharedBuffer> doomed;
   std::lock_guard lock(mMutex);
+  return ReleaseLocked(id, doomed);
+}
+
+void BufferPool::Abandon(const Lease& lease) {
+  std::unique_ptr<SharedBuffer> doomed;
+  std::lock_guard lock(mMutex);
+  auto it = mEntries.find(lease.id);
+  if (it != mEntries.end() && it->second.leased && lease.sendDescriptor) {
+    it->second.peerHasIt = false;
+  }
+  ReleaseLocked(lease.id, doomed);
+}
+
+bool BufferPool::ReleaseLocked(uint32_t id, std::unique_ptr<SharedBuffer>& doomed) {
   auto it = mEntries.find(id);
   if (it == mEntries.end() || !it->second.leased) {
     return false;
@@ -58,8 +73,12 @@ void BufferPool::EvictIdleLocked() {
     uint32_t id = smallest->second;
     mIdleBytes -= smallest->first;
     mIdle.erase(smallest);
-    mEntries.erase(id);
-    mForgotten.push_back(id);
+    auto entry = mEntries.find(id);
+    // Only a buffer the peer has mapped needs telling about.
+    if (entry->second.peerHasIt) {
+      mForgotten.push_back(id);
+    }
+    mEntries.erase(entry);
   }
 }
 

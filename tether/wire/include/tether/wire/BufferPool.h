@@ -42,6 +42,11 @@ class BufferPool {
   // The peer is done with `id`. False for an id that isn't leased (a confused
   // or hostile peer); nothing changes then.
   bool Release(uint32_t id);
+  // Gives back a lease whose buffer never went to the peer (a failed or
+  // cancelled render). Unlike Release it remembers that the peer hasn't got a
+  // buffer that it was about to get for the first time, so that its next trip
+  // carries the descriptor.
+  void Abandon(const Lease& lease);
   // Buffers destroyed since the last call that the peer still has mapped: it is
   // told to drop them.
   std::vector<uint32_t> TakeForgotten();
@@ -58,6 +63,7 @@ class BufferPool {
   };
 
   void EvictIdleLocked();
+  bool ReleaseLocked(uint32_t id, std::unique_ptr<SharedBuffer>& doomed);
 
   const Options mOptions;
   mutable std::mutex mMutex;

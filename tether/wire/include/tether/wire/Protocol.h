@@ -40,5 +40,9 @@ inline constexpr int32_t kStatusServerUnavailable = 3;
 inline constexpr int32_t kStatusNotFound = 4;
 inline constexpr int32_t kStatusNotSupported = 5;
 inline constexpr int32_t kStatusBadMessage = 6;
+// The answer to a video render that the client cancelled before the server
+// could deliver it. Negative so that it can't be mistaken for a server's
+// failure: a client that cancelled a frame expects exactly this value back.
+inline constexpr int32_t kStatusRenderCancelled = -6;
 
 }  // namespace tether::wire
