@@ -6,11 +6,18 @@ namespace kilncore::threads {
 
 bool RecursiveMutex::Lock(std::chrono::milliseconds timeout) {
   const std::thread::id self = std::this_thread::get_id();
-  const auto deadline = std::chrono::steady_clock::now() + timeout;
   std::unique_lock lock(mMutex);
-  if (mOwner != self &&
-      !mReleased.wait_until(lock, deadline, [this] { return mDepth == 0; })) {
-    return false;
+  // The clock is read only when the lock has to be waited for: most locks of
+  // the frame road are free or already held by the caller, and reading the
+  // clock costs more than taking the lock.
+  if (mOwner != self && mDepth != 0) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    ++mWaiters;
+    const bool acquired = mReleased.wait_until(lock, deadline, [this] { return mDepth == 0; });
+    --mWaiters;
+    if (!acquired) {
+      return false;
+    }
   }
   mOwner = self;
   ++mDepth;
@@ -29,6 +36,7 @@ void RecursiveMutex::Unlock() {
     }
     if (--mDepth > 0) return;
     mOwner = std::thread::id();
+    if (mWaiters == 0) return;
   }
   mReleased.notify_one();
 }

@@ -50,6 +50,7 @@ class RecursiveMutex {
   std::condition_variable mReleased;
   std::thread::id mOwner;  // guarded by mMutex; empty id when free
   uint32_t mDepth = 0;     // guarded by mMutex
+  uint32_t mWaiters = 0;   // guarded by mMutex; threads blocked in Lock
 };
 
 // Holds a RecursiveMutex for its lifetime.
