@@ -13,6 +13,7 @@
 #include <RL/ISmartRenderSegmentInfo.h>
 #include <RL/ISource.h>
 
+#include <kilnaudiotoolkit/AudioBuffer.h>
 #include <kilncore/allocator/MemoryRecycler.h>
 #include <kilncore/async/FuturePromisePair.h>
 #include <kilncore/threads/RecursiveMutex.h>
@@ -236,8 +237,13 @@ class TetherSource final : public RL::ISource,
   uint32_t GetAudioChannelCount() override;
   int32_t GetAudioChannelLayout(std::vector<kilnmediatypes::AudioChannelDescription>& out) override;
   int32_t GetAudioSourceKind() override;
-  // Not yet reading from the server: answers as for an item without audio
-  // (0, no samples).
+  // Fills `buffer` with the samples from `position` on. The server's reader
+  // only goes forward: it is reopened when `position` isn't where it stands
+  // (and always at 0), and the last block is kept so that reading it again
+  // costs nothing. Positional reads of one source never overlap: the whole
+  // read, waits included, holds mAudioReadMutex. An item without renderable
+  // audio reads as silence. 0 on success; 0xA00F0001 when the server fails or
+  // the reader has passed the end; 0xA00F0007 after CancelPendingRequests.
   int32_t ReadAudio(int32_t context, kilnaudiotoolkit::AudioBuffer& buffer,
                     kilnmediatypes::TickTime position) override;
   int32_t GetAudioMarkers(std::vector<AudioMarker>& out) override;
@@ -246,7 +252,9 @@ class TetherSource final : public RL::ISource,
 
   bool SequentialQueryA() override;
   bool SequentialQueryB() override;
-  // As ReadAudio: answers as for an item without audio.
+  // The next block of the open reader; with `reset`, the reader is first
+  // opened again at the start of the item. Takes no mAudioReadMutex: the host
+  // doesn't mix it with ReadAudio from another thread.
   int32_t ReadAudioSequential(int32_t context, kilnaudiotoolkit::AudioBuffer& buffer, bool reset) override;
 
   // --- RL::IRenderableExtendedStillInfo
@@ -298,9 +306,17 @@ class TetherSource final : public RL::ISource,
   // What the server gets as the application's render options: the prefs'
   // options text, or for a per-clip source its clip number as JSON.
   kilncore::WideString BuildRenderOptionsJSON(const RL::BinaryData& prefs);
-  // Whether `source` has audio worth rendering: in application types other
-  // than 2, 8 and 11, a layout of exactly 32 channels counts as none.
-  static bool HasRenderableAudio(const tether::Source& source, int32_t applicationType);
+  // Whether `source` has audio worth rendering: unless the running
+  // application (Crate::GetApplicationType) is of type 2, 8 or 11, a layout of
+  // exactly 32 channels counts as none.
+  static bool HasRenderableAudio(const tether::Source& source);
+
+  // One block of audio: the next one of the open reader, or with `reset` the
+  // first one of a reader opened at `position`. Spreads the server's
+  // interleaved samples into `buffer`'s channels and moves mNextAudioFrame on;
+  // at the end of the item the reader is closed.
+  int32_t ReadAudioBlock(int32_t context, kilnaudiotoolkit::AudioBuffer& buffer, bool reset,
+                         kilnmediatypes::TickTime position);
 
   // Replaces the accelerated renderer's pixel formats by time range as a
   // whole, as a reply of the server does.
@@ -313,6 +329,12 @@ class TetherSource final : public RL::ISource,
   size_t GetPendingRenderCount();
   size_t GetVideoRendererCount();
   size_t GetOpenRequestCount();
+  // The sample frame at which the open audio reader goes on.
+  int64_t GetNextAudioFrame();
+  // Whether an audio reader is open.
+  bool HasAudioRenderer();
+  // The number of audio blocks kept for a repeated read (0 or 1).
+  size_t GetAudioBlockCacheSize();
 
  protected:
   void* QueryMap(const std::string_view& name) override;
@@ -329,6 +351,10 @@ class TetherSource final : public RL::ISource,
   using AcceleratedRangeMap =
       std::map<kilnmediatypes::TickTime, AcceleratedRange, std::less<kilnmediatypes::TickTime>,
                kilncore::allocator::MemoryRecycler<std::pair<const kilnmediatypes::TickTime, AcceleratedRange>>>;
+  using AudioBlockCache =
+      std::map<kilnmediatypes::TickTime, kilnaudiotoolkit::AudioBuffer, std::less<kilnmediatypes::TickTime>,
+               kilncore::allocator::MemoryRecycler<
+                   std::pair<const kilnmediatypes::TickTime, kilnaudiotoolkit::AudioBuffer>>>;
   using ClipStreamMap = std::map<uint32_t, ClipStreamEntry, std::less<uint32_t>,
                                  kilncore::allocator::MemoryRecycler<std::pair<const uint32_t, ClipStreamEntry>>>;
 
@@ -349,6 +375,17 @@ class TetherSource final : public RL::ISource,
   std::shared_ptr<tether::VideoRenderer> FindRendererLocked(const tether::VideoRenderOptions& options) const;
   // The offered pixel formats at `time`, for SelectFrameFormat.
   std::vector<kilnmediatypes::PixelFormat> GetOfferedPixelFormats(kilnmediatypes::TickTime time);
+  // Opens the server's audio reader at `position` for blocks of
+  // `framesWanted` frames and makes it the open one (also when the server
+  // answered without a reader, which leaves none open). The wait's result.
+  int32_t OpenAudioRenderer(tether::Source& source, uint32_t framesWanted, kilnmediatypes::TickTime position,
+                            std::shared_ptr<tether::AudioRenderer>& outRenderer);
+  // Asks `renderer` for its next block and waits for it; `outBlock` stays
+  // null if the server answered without one. The wait's result.
+  int32_t RenderAudioBlock(tether::AudioRenderer& renderer,
+                           std::shared_ptr<processcoordination::BinaryReference>& outBlock);
+  // Moves the reader on by `frames`; at the end of the item, closes it.
+  void AdvanceAudioReader(int64_t frames);
   // Until the server's named requests are asked, these only clear their
   // dirty flags: an item outside a host project has nothing to fetch.
   void RefreshAcceleratedTimelineData();
@@ -368,6 +405,8 @@ class TetherSource final : public RL::ISource,
   std::atomic<uint32_t> mSequenceTag{0};
   std::shared_ptr<tether::AudioRenderer> mAudioRenderer;
   int64_t mNextAudioFrame = 0;
+  // The last block read, under its position; never more than one entry.
+  AudioBlockCache mAudioBlockCache;
   AcceleratedRangeMap mAcceleratedRanges;
   bool mAcceleratedDataDirty = true;
   std::vector<TimeRange> mStillRanges;

@@ -191,13 +191,4 @@ kilncore::WideString TetherSource::BuildRenderOptionsJSON(const RL::BinaryData& 
   return PrefsToApplicationSpecificRenderOptions(prefs);
 }
 
-bool TetherSource::HasRenderableAudio(const tether::Source& source, int32_t applicationType) {
-  if (!source.HasAudio()) return false;
-  // These hosts can mix 32 discrete channels; the others take such a layout
-  // for a placeholder and play nothing.
-  constexpr size_t kPlaceholderChannelCount = 32;
-  if (applicationType == 8 || applicationType == 11 || applicationType == 2) return true;
-  return source.GetAudioChannelLayout().size() != kPlaceholderChannelCount;
-}
-
 }  // namespace TetherMedia

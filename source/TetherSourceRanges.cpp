@@ -1,7 +1,5 @@
 #include <source/TetherSource.h>
 
-#include <source/MediaTypeConversions.h>
-
 #include <algorithm>
 #include <iterator>
 
@@ -54,47 +52,5 @@ int32_t TetherSource::GetStillRangesInRange(TickTime start, TickTime end, std::v
 void TetherSource::DetermineSmartRenderSegmentsInRange(TickTime, TickTime, const kilnmediatypes::PixelFormat&, bool,
                                                        bool, int32_t,
                                                        std::map<TickTime, RL::SmartRenderSegment>&) {}
-
-// --- Audio. Reading from the server's audio renderer isn't done yet: both
-// reads answer as for an item without audio, with success and no samples.
-
-int32_t TetherSource::GetSampleRate(kilnmediatypes::FrameRate& out) {
-  out = ToHostFrameRate(
-      QuerySource([](const tether::Source& s) { return s.GetAudioSampleRate(); }, tether::kNoFrameRate));
-  return 0;
-}
-
-RL::AudioChannelType TetherSource::GetAudioChannelType() {
-  std::vector<kilnmediatypes::AudioChannelDescription> layout;
-  GetAudioChannelLayout(layout);
-  return RL::CreateAudioChannelType(layout);
-}
-
-uint32_t TetherSource::GetAudioChannelCount() {
-  std::vector<kilnmediatypes::AudioChannelDescription> layout;
-  GetAudioChannelLayout(layout);
-  return static_cast<uint32_t>(layout.size());
-}
-
-int32_t TetherSource::GetAudioChannelLayout(std::vector<kilnmediatypes::AudioChannelDescription>& out) {
-  out = ToHost(QuerySource([](const tether::Source& s) { return s.GetAudioChannelLayout(); },
-                           std::vector<tether::AudioChannelLabel>()));
-  return 0;
-}
-
-int32_t TetherSource::GetAudioSourceKind() { return 6; }
-
-int32_t TetherSource::ReadAudio(int32_t, kilnaudiotoolkit::AudioBuffer&, TickTime) { return 0; }
-
-int32_t TetherSource::GetAudioMarkers(std::vector<AudioMarker>& out) {
-  out.clear();
-  return 0;
-}
-
-bool TetherSource::SequentialQueryA() { return false; }
-
-bool TetherSource::SequentialQueryB() { return false; }
-
-int32_t TetherSource::ReadAudioSequential(int32_t, kilnaudiotoolkit::AudioBuffer&, bool) { return 0; }
 
 }  // namespace TetherMedia

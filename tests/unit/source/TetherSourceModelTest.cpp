@@ -2,6 +2,7 @@
 
 #include <source/FormatRounding.h>
 
+#include <Crate/ApplicationType.h>
 #include <RL/ColorSpaces.h>
 
 #include <kilncore/classref/InterfaceName.h>
@@ -391,14 +392,19 @@ TEST_F(TetherSourceModelTest, ThirtyTwoChannelsCountAsNoAudioOutsideTheMixingHos
   ScriptedSourceSetup setup = ScriptedSourceSetup::Typical();
   setup.info.audioChannelLayout.assign(32, 0);
   const auto item = ConnectItem(kItem, setup);
-  EXPECT_FALSE(TetherSource::HasRenderableAudio(*item, 1));
-  EXPECT_FALSE(TetherSource::HasRenderableAudio(*item, 5));
-  EXPECT_TRUE(TetherSource::HasRenderableAudio(*item, 2));
-  EXPECT_TRUE(TetherSource::HasRenderableAudio(*item, 8));
-  EXPECT_TRUE(TetherSource::HasRenderableAudio(*item, 11));
+  const auto renderableIn = [&](int32_t applicationType, const tether::Source& source) {
+    const Crate::ScopedApplicationType playing(applicationType);
+    return TetherSource::HasRenderableAudio(source);
+  };
+  EXPECT_FALSE(renderableIn(0, *item));
+  EXPECT_FALSE(renderableIn(1, *item));
+  EXPECT_FALSE(renderableIn(5, *item));
+  EXPECT_TRUE(renderableIn(2, *item));
+  EXPECT_TRUE(renderableIn(8, *item));
+  EXPECT_TRUE(renderableIn(11, *item));
   setup.info.hasAudio = false;
-  EXPECT_FALSE(TetherSource::HasRenderableAudio(*ConnectItem(kOtherItem, setup), 8));
-  EXPECT_TRUE(TetherSource::HasRenderableAudio(*ConnectItem(kItem, ScriptedSourceSetup::Typical()), 1));
+  EXPECT_FALSE(renderableIn(8, *ConnectItem(kOtherItem, setup)));
+  EXPECT_TRUE(renderableIn(1, *ConnectItem(kItem, ScriptedSourceSetup::Typical())));
 }
 
 // --- Colour.

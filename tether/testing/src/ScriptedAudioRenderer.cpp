@@ -28,10 +28,12 @@ int64_t FrameAt(const RatioTime& position, FrameRate sampleRate) {
 
 ScriptedAudioRenderer::ScriptedAudioRenderer(std::weak_ptr<ScriptedBackend> backend, std::string sourceKey,
                                              const AudioRenderOptions& options, const RatioTime& position,
-                                             uint32_t blockSamples)
+                                             uint32_t blockSamples, std::optional<size_t> blockBytes)
     : ScriptedObject(std::move(backend), std::move(sourceKey)),
       mChannels(std::max<uint32_t>(static_cast<uint32_t>(options.GetAudioChannelLayout().size()), 1)),
-      mFramesPerBlock(std::max<int64_t>(blockSamples / mChannels, 1)),
+      mFramesPerBlock(blockBytes ? static_cast<int64_t>(*blockBytes / (sizeof(float) * mChannels))
+                                 : std::max<int64_t>(blockSamples / mChannels, 1)),
+      mBlockBytes(blockBytes.value_or(static_cast<size_t>(mFramesPerBlock) * mChannels * sizeof(float))),
       mNextFrame(FrameAt(position, options.GetSampleRate())) {}
 
 void ScriptedAudioRenderer::RenderAudio(RenderCallback callback, const kilncore::utility::Guid& identifier) {
@@ -45,8 +47,9 @@ void ScriptedAudioRenderer::RenderAudio(RenderCallback callback, const kilncore:
       first = mNextFrame;
       mNextFrame += mFramesPerBlock;
     }
-    const size_t samples = static_cast<size_t>(mFramesPerBlock) * mChannels;
-    auto memory = processcoordination::SharedMemoryBinaryReference::Create(samples * sizeof(float));
+    // Whole samples only; the bytes of a partial one stay zero.
+    const size_t samples = mBlockBytes / sizeof(float);
+    auto memory = processcoordination::SharedMemoryBinaryReference::Create(mBlockBytes);
     for (size_t i = 0; i < samples; ++i) {
       const float sample = ScriptedAudioSample(first + static_cast<int64_t>(i / mChannels),
                                                static_cast<uint32_t>(i % mChannels));

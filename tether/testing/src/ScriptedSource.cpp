@@ -151,7 +151,8 @@ void ScriptedSource::GetAudioRenderer(AudioRendererCallback callback, const Audi
   auto ticket =
       Begin(Operation::kGetAudioRenderer, Key(), GetAudioRendererArgs{options, position, blockSamples});
   std::shared_ptr<AudioRenderer> renderer =
-      std::make_shared<ScriptedAudioRenderer>(Backend(), Key(), options, position, blockSamples);
+      std::make_shared<ScriptedAudioRenderer>(Backend(), Key(), options, position, blockSamples,
+                                              Snapshot().audioBlockBytes);
   Finish(ticket, Operation::kGetAudioRenderer, Key(),
          [callback = std::move(callback), renderer](const Behaviour& behaviour) {
            callback(behaviour.status, Pick(behaviour, renderer));

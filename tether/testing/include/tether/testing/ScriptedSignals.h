@@ -26,7 +26,7 @@ void FillScriptedFrame(uint8_t* bytes, size_t size, const kilncore::utility::Gui
 // floor(position * kTicksPerSecond / sampleRate) (0 without a sample rate) and
 // each RenderAudio hands out the next blockSamples / channels frames (at least
 // one), interleaved: frame after frame, the channels of one frame in layout
-// order.
+// order. ScriptedSourceSetup::audioBlockBytes sets another block size.
 float ScriptedAudioSample(int64_t frame, uint32_t channel);
 
 }  // namespace tether::testing

@@ -35,6 +35,13 @@ struct ScriptedSourceSetup {
   kilncore::utility::Guid runtimeGuid;
   // Size of each rendered frame in bytes (see ScriptedSignals.h for the bytes).
   size_t frameBytes = 64;
+  // Size of each audio block in bytes. When empty, a block holds the frames
+  // that the renderer was asked for (blockSamples / channels, at least one).
+  // A set size may end in a partial frame: the block then holds as many
+  // samples as fit whole, in interleaved order, zero bytes after them, and the
+  // renderer moves on by the whole frames only. See ScriptedSignals.h for the
+  // samples.
+  std::optional<size_t> audioBlockBytes;
 
   // A typical item: 1920 x 1080 square pixels, 24 fps progressive, 10 seconds,
   // stereo audio at 48 kHz, a BGRA native format, named "Item", with a fixed

@@ -1,0 +1,198 @@
+// The road of audio through a linked source: sequential positional reads of
+// 48 kHz stereo, block after block, as a host plays an item.
+//
+// - BM_ReadAudioFromDouble: ReadAudio against the scripted double answering
+//   inside the call. The double makes a fresh shared-memory block for every
+//   answer and records every call, so this is the whole road with a server
+//   that costs next to nothing.
+// - BM_ReadAudioPreparedBlock: the same reads against an item whose reader
+//   hands back one prepared block at once, so that only this module's work is
+//   measured: the request table, the waits, spreading the block into the
+//   channels and keeping a copy for a repeated read.
+// - BM_PlainCopyFloor: one memcpy of the same bytes, the floor.
+//
+// Each read reports samples per second (items) and the number of times the
+// server's reader was opened after the first (counter "reopenings"), which
+// must stay 0 while the host reads on.
+#include <source/TetherSource.h>
+
+#include <kilnaudiotoolkit/AudioBuffer.h>
+#include <kilnmediatypes/TickTime.h>
+#include <processcoordination/SharedMemoryBinaryReference.h>
+#include <tether/AudioRenderer.h>
+#include <tether/MarlServer.h>
+#include <tether/Project.h>
+#include <tether/Server.h>
+#include <tether/Source.h>
+#include <tether/testing/Behaviour.h>
+#include <tether/testing/Operation.h>
+#include <tether/testing/ScopedBackend.h>
+#include <tether/testing/ScriptedSourceSetup.h>
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstring>
+#include <future>
+#include <memory>
+#include <vector>
+
+namespace {
+
+using kilncore::utility::Guid;
+using kilnmediatypes::TickTime;
+using TetherMedia::TetherSource;
+using tether::testing::Behaviour;
+using tether::testing::Delivery;
+using tether::testing::Operation;
+
+constexpr int64_t kTicksPerSample = 5292000;  // 48 kHz
+constexpr uint32_t kChannels = 2;
+// Three hours: no run reaches the end of the item.
+const tether::RatioTime kDuration(3 * 3600, 1);
+const Guid kItem("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
+
+template <class T, class Start>
+std::shared_ptr<T> Await(Start start) {
+  std::promise<std::shared_ptr<T>> promise;
+  auto future = promise.get_future();
+  start([&](tether::ConnectionStatus, const std::shared_ptr<T>& object) { promise.set_value(object); });
+  return future.get();
+}
+
+// Reads on from 0 in blocks of `frames` until the benchmark stops. `opened`
+// gives the number of times the server's reader was opened so far.
+template <class Opened>
+void ReadOn(benchmark::State& state, TetherSource& source, uint32_t frames, Opened opened) {
+  kilnaudiotoolkit::AudioBuffer buffer(kChannels, frames);
+  int64_t frame = 0;
+  for (auto _ : state) {
+    if (source.ReadAudio(0, buffer, TickTime(frame * kTicksPerSample)) != 0) {
+      state.SkipWithError("the block didn't arrive");
+      break;
+    }
+    frame += frames;
+    benchmark::DoNotOptimize(buffer.GetChannel(1)[frames - 1]);
+  }
+  state.SetItemsProcessed(state.iterations() * frames * kChannels);
+  state.SetBytesProcessed(state.iterations() * frames * kChannels * sizeof(float));
+  const size_t count = opened();
+  state.counters["reopenings"] = static_cast<double>(count == 0 ? 0 : count - 1);
+}
+
+void BM_ReadAudioFromDouble(benchmark::State& state) {
+  tether::testing::ScopedBackend backend;
+  backend->Script(Operation::kGetAudioRenderer, Behaviour::Succeed().With(Delivery::kSynchronous));
+  backend->Script(Operation::kRenderAudio, Behaviour::Succeed().With(Delivery::kSynchronous));
+  auto setup = tether::testing::ScriptedSourceSetup::Typical();
+  setup.info.duration = kDuration;
+  backend->SetSource(kItem, setup);
+  auto marl = Await<tether::MarlServer>(
+      [](auto callback) { tether::MarlServer::CreateTetherServer(callback, tether::kServerConnectionTypeDefault); });
+  auto server = Await<tether::Server>(
+      [&](auto callback) { marl->ConnectLinkedServer(callback, tether::kServerConnectionTypeInherit); });
+  auto project = Await<tether::Project>(
+      [&](auto callback) { server->OpenProject(callback, tether::File(u"/bench/sample.marlp", false)); });
+  auto item = Await<tether::Source>([&](auto callback) { project->GetSource(callback, kItem); });
+  kilncore::classref::InterfaceRef<TetherSource> source;
+  TetherSource::Create(source, item, 0);
+  ReadOn(state, *source, static_cast<uint32_t>(state.range(0)),
+         [&] { return backend->CallCount(Operation::kGetAudioRenderer); });
+}
+BENCHMARK(BM_ReadAudioFromDouble)->Arg(1024)->Arg(4096);
+
+// A reader that hands back the same prepared block of interleaved samples,
+// inside the call.
+class PreparedReader final : public tether::AudioRenderer {
+ public:
+  explicit PreparedReader(uint32_t blockSamples)
+      : mBlock(processcoordination::SharedMemoryBinaryReference::Create(blockSamples * sizeof(float))) {
+    auto* samples = reinterpret_cast<float*>(mBlock->Data());
+    for (uint32_t i = 0; i < blockSamples; ++i) samples[i] = static_cast<float>(i % 997) / 997.0f;
+  }
+  void RenderAudio(RenderCallback callback, const Guid& identifier) override { callback(identifier, mBlock, 0); }
+
+ private:
+  std::shared_ptr<processcoordination::SharedMemoryBinaryReference> mBlock;
+};
+
+// An item that answers its getters from a stored description and opens a
+// PreparedReader at once.
+class PreparedItem final : public tether::Source {
+ public:
+  PreparedItem() {
+    mInfo = tether::testing::ScriptedSourceSetup::Typical().info;
+    mInfo.duration = kDuration;
+  }
+  size_t Opened() const { return mOpened.load(); }
+
+  const tether::SourceInfo& GetSourceInfo() const override { return mInfo; }
+  void Init(const tether::SourceInfo&, InitCallback) override {}
+  tether::RatioTime GetDuration() const override { return mInfo.duration; }
+  tether::RatioTime GetStartTime() const override { return mInfo.startTime; }
+  tether::RatioTime GetTickCount() const override { return mInfo.tickCount; }
+  tether::RatioTime GetWorkInPoint() const override { return mInfo.workInPoint; }
+  tether::RatioTime GetWorkOutPoint() const override { return mInfo.workOutPoint; }
+  tether::FrameRate GetFrameRate() const override { return mInfo.frameRate; }
+  bool IsDropFrame() const override { return false; }
+  tether::FrameRect GetFrameSize() const override {
+    return tether::FrameRect{0, 0, static_cast<int32_t>(mInfo.width), static_cast<int32_t>(mInfo.height)};
+  }
+  tether::PixelAspectRatio GetPixelAspectRatio() const override { return mInfo.pixelAspectRatio; }
+  tether::FieldType GetFieldType() const override { return mInfo.fieldType; }
+  tether::FieldType GetNativeFieldType() const override { return mInfo.fieldType; }
+  std::vector<tether::PixelFormat> GetNativePixelFormats() const override { return mInfo.nativePixelFormats; }
+  float GetAlphaMatteColorR() const override { return 0; }
+  float GetAlphaMatteColorG() const override { return 0; }
+  float GetAlphaMatteColorB() const override { return 0; }
+  bool HasFrozenUnstretchableRegions() const override { return false; }
+  bool HasVideo() const override { return true; }
+  bool HasAudio() const override { return true; }
+  std::vector<tether::AudioChannelLabel> GetAudioChannelLayout() const override { return mInfo.audioChannelLayout; }
+  tether::FrameRate GetAudioSampleRate() const override { return mInfo.audioSampleRate; }
+  kilncore::WideString GetName() const override { return mInfo.name; }
+  Guid GetContentState() const override { return mInfo.contentState; }
+  Guid GetID() const override { return mInfo.sourceID; }
+  tether::File GetParentProjectFile() const override { return mInfo.file; }
+  void GetVideoRenderer(VideoRendererCallback, const tether::VideoRenderOptions&) override {}
+  void GetAudioRenderer(AudioRendererCallback callback, const tether::AudioRenderOptions&, const tether::RatioTime&,
+                        uint32_t blockSamples) override {
+    ++mOpened;
+    callback(tether::kConnectionStatusOK, std::make_shared<PreparedReader>(blockSamples));
+  }
+  void SendRequest(const std::any&, ReplyCallback, ErrorCallback) override {}
+  void RenderXMP(const tether::RatioTime&, const tether::RatioTime&, XMPCallback) override {}
+  void GetCaptionData(CaptionDataCallback) override {}
+  void SetCaptionSelectionData(const tether::CaptionSelectionData&, BoolCallback) override {}
+  void DoesSourceContainLink(BoolCallback) override {}
+  void GetRuntimeGuid(GuidCallback) override {}
+
+ private:
+  tether::SourceInfo mInfo;
+  std::atomic<size_t> mOpened{0};
+};
+
+void BM_ReadAudioPreparedBlock(benchmark::State& state) {
+  auto item = std::make_shared<PreparedItem>();
+  kilncore::classref::InterfaceRef<TetherSource> source;
+  TetherSource::Create(source, item, 0);
+  ReadOn(state, *source, static_cast<uint32_t>(state.range(0)), [&] { return item->Opened(); });
+}
+BENCHMARK(BM_ReadAudioPreparedBlock)->Arg(1024)->Arg(4096);
+
+void BM_PlainCopyFloor(benchmark::State& state) {
+  const auto frames = static_cast<size_t>(state.range(0));
+  std::vector<float> from(frames * kChannels, 0.25f);
+  std::vector<float> to(frames * kChannels);
+  for (auto _ : state) {
+    std::memcpy(to.data(), from.data(), to.size() * sizeof(float));
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(frames * kChannels));
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(frames * kChannels * sizeof(float)));
+}
+BENCHMARK(BM_PlainCopyFloor)->Arg(1024)->Arg(4096);
+
+}  // namespace
+
+BENCHMARK_MAIN();
