@@ -121,6 +121,26 @@ bool BaseMediaInfo::CanValidatePrefs() const { return false; }
 
 bool BaseMediaInfo::SetupOnDoubleClick() const { return false; }
 
+int32_t BaseMediaInfo::OpenPreferences(
+    RL::BinaryData& prefs, std::map<kilncore::WideString, kilncore::WideString>& /*settings*/,
+    size_t /*reservedA*/, kilncore::classref::InterfaceRef<KL::ISequence> /*sequence*/,
+    const TickTime& /*reservedTime*/, size_t /*reservedB*/, kilncore::WideString& /*outReserved*/) {
+  // A blob too short to hold a source identifier has no options to edit, and
+  // the prefs readers must not see it.
+  constexpr size_t kSourceIDBytes = 36 * sizeof(kilncore::WideChar);
+  if (prefs.GetSize() < kSourceIDBytes) return 0;
+  const kilncore::WideString text = PrefsToApplicationSpecificRenderOptions(prefs);
+  if (text.empty() || !WF::ImportableFileTypeUtils::IsMarlProject(mFilePath, false)) return 0;
+  tether::MarlRenderOptions options;
+  ApplicationSpecificRenderOptionsToMarlRenderOptions(text, options);
+  // There is no dialog in this build: the answer is that of a dialog the user
+  // closed without OK. The blob is still rewritten, so that the caller always
+  // gets it back in normalised form.
+  constexpr int32_t kClosedWithoutChange = 1;
+  prefs = BuildPrefsWithApplicationSpecificRenderOptions(PrefsToSourceIDAsString(prefs), options.AsString());
+  return kClosedWithoutChange;
+}
+
 bool BaseMediaInfo::IsPending() const { return false; }
 
 void BaseMediaInfo::MediaInfoNoOpB() {}

@@ -40,6 +40,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -109,10 +110,40 @@ class TETHERMEDIA_API BaseMediaInfo : public KL::IMediaInfo,
   // The 16 raw bytes (machine order, not text order) of GetContentState().
   void GetModificationState(RL::BinaryData& out) const override;
   void MediaInfoNoOpA() override;
+  // The source the host pulls a stream from. Video: the stream object itself
+  // (null while there is none), result 0. Audio: an importer-layer audio
+  // source around the stream object, taken from the host's audio pool when one
+  // with the same key (path, document, `streamIndex`, `frameRate`, duration,
+  // content state, `prefs`, channel layout) is alive, else built and added to
+  // the pool. A non-empty `conformRequest` forces a conformed source; so does
+  // ForceConform, but only in hosts that could import audio otherwise.
+  // `reservedPath` is ignored; the two conform paths go to the importer layer
+  // unchanged. Other media types: 0, with `outSource` untouched.
+  // Throws NullPtrException on the audio road when the stream object, the pool
+  // or the stream's duration is missing; returns the importer layer's code
+  // (with `outSource` untouched) when it refuses an imported source.
+  int32_t CreateSourceForStream(kilncore::utility::Guid mediaType, size_t streamIndex,
+                                const RL::BinaryData& prefs,
+                                const kilnmediatypes::FrameRate& frameRate,
+                                const kilncore::WideString& conformRequest,
+                                const kilncore::WideString& reservedPath,
+                                const kilncore::WideString& conformPathA,
+                                const kilncore::WideString& conformPathB,
+                                kilncore::classref::InterfaceRef<RL::ISource>& outSource) const override;
   // Only Marl items have a preferences dialog.
   bool HasSetup() const override;
   bool CanValidatePrefs() const override;
   bool SetupOnDoubleClick() const override;
+  // The render settings of a Marl item. This build has no dialog to show, so
+  // it answers as a dialog closed with Cancel does: `prefs` of a Marl item
+  // with render options is rewritten from those options, normalised, with the
+  // same source identifier, and the result is 1. Any other item returns 0 with
+  // `prefs` unchanged. Only `prefs` is used.
+  int32_t OpenPreferences(RL::BinaryData& prefs,
+                          std::map<kilncore::WideString, kilncore::WideString>& settings,
+                          size_t reservedA, kilncore::classref::InterfaceRef<KL::ISequence> sequence,
+                          const kilnmediatypes::TickTime& reservedTime, size_t reservedB,
+                          kilncore::WideString& outReserved) override;
   bool IsPending() const override;
   void MediaInfoNoOpB() override;
   bool IsCacheable() const override;

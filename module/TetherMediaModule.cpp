@@ -28,8 +28,6 @@ kilncore::WideString TetherMediaModule::GetModuleDisplayName() {
       u"$$$/TetherMedia/ModuleDisplayName=Tether Media");
 }
 
-void TetherMediaModule::GetImportableFileTypes(std::vector<WF::ImportableFileType>& /*result*/) {}
-
 void TetherMediaModule::ModuleNoOp() {}
 
 int TetherMediaModule::GetModuleRevision() { return 1; }

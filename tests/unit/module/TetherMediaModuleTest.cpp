@@ -94,21 +94,15 @@ TEST_F(TetherMediaModuleTest, RevisionCheckAsksTheObjectsOwnRevision) {
   EXPECT_FALSE(revised->MatchesModuleRevision(1));
 }
 
-TEST_F(TetherMediaModuleTest, OffersNoFileTypesYetAndKeepsWhatWasThere) {
+TEST_F(TetherMediaModuleTest, KeepsTheFileTypesThatWereThere) {
   std::vector<WF::ImportableFileType> types(1);
   types[0].fileType = 0x41424344u;
   mModule->GetImportableFileTypes(types);
-  ASSERT_EQ(types.size(), 1u);
+  ASSERT_GE(types.size(), 1u);
   EXPECT_EQ(types[0].fileType, 0x41424344u);
 }
 
-TEST_F(TetherMediaModuleTest, ImportOperationsKeepTheirInheritedDefaults) {
-  InterfaceRef<KL::IMediaInfo> result;
-  RL::BinaryData prefs;
-  bool prefsChanged = false;
-  EXPECT_EQ(mModule->ImportFile(result, u"/a.marl", 0, 0, prefs, prefsChanged, false, true, u"",
-                                0, nullptr, 0, nullptr),
-            kUnsupported);
+TEST_F(TetherMediaModuleTest, OtherImportOperationsKeepTheirInheritedDefaults) {
   EXPECT_EQ(mModule->ImportUnsupported(), kUnsupported);
   EXPECT_EQ(mModule->EchoMediaName(-1, u"Clip 1"), u"Clip 1");
 }
