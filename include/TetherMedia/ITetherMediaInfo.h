@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TetherMedia/Export.h>
+
 #include <KL/IProjectItem.h>
 
 #include <kilncore/classref/InterfaceRef.h>
@@ -20,7 +22,10 @@ namespace TetherMedia {
 // Operations are in the order of the interface's slots; an implementation must
 // keep that order. None of them throws for an item that isn't connected: each
 // answers a fallback instead.
-class ITetherMediaInfo : public kilncore::classref::Unknown {
+//
+// Exported with the module's API: a host converts references to it by name,
+// which needs the interface's type information from the module.
+class TETHERMEDIA_API ITetherMediaInfo : public kilncore::classref::Unknown {
  public:
   ~ITetherMediaInfo() override;
 
