@@ -15,8 +15,13 @@
 
 #include <array>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace TetherMedia::testing {
 namespace {
@@ -45,6 +50,9 @@ InterfaceRef<KL::IVideoSource> MakeVideoSource(std::shared_ptr<FakeVideoSource> 
 TEST(BaseMediaInfoFieldsTest, FreshObjectHasTheInitialValues) {
   auto item = MakeItem();
   EXPECT_EQ(item->GetFilePath(), u"");
+  EXPECT_TRUE(item->SourceID().IsNil());
+  EXPECT_FALSE(item->HasSource());
+  EXPECT_FALSE(item->HasStreamObject());
   EXPECT_TRUE(item->GetSourceInfo().sourceID.IsNil());
   EXPECT_EQ(item->WorkAreaIn(), kilnmediatypes::kTickTime_Invalid);
   EXPECT_EQ(item->WorkAreaOut(), kilnmediatypes::kTickTime_Invalid);
@@ -53,6 +61,11 @@ TEST(BaseMediaInfoFieldsTest, FreshObjectHasTheInitialValues) {
   EXPECT_FALSE(item->ForcedConform());
   EXPECT_EQ(item->RenderOptionsText(), u"");
   EXPECT_EQ(item->LastFontChangeValue(), 1u);
+}
+
+TEST(BaseMediaInfoFieldsTest, ConstructorFlagIsKeptAsGiven) {
+  EXPECT_TRUE(std::make_shared<TestMediaInfo>(true)->ConstructorFlag());
+  EXPECT_FALSE(std::make_shared<TestMediaInfo>(false)->ConstructorFlag());
 }
 
 TEST(BaseMediaInfoFieldsTest, ConstructionRegistersTheItemsOwnStation) {
@@ -201,32 +214,68 @@ TEST(BaseMediaInfoSourceTest, StreamIsTheStreamObjectForVideoAndAudioWhateverThe
   EXPECT_TRUE(item->GetStream(kOtherMediaType, 0).IsNull());
 }
 
-TEST(BaseMediaInfoSourceTest, GetterReleasesTheLockBeforeAskingTheSource) {
-  // A source that is asked while another thread holds the item's lock would
-  // block forever if the getter held the lock across the call.
-  class LockProbingSource : public FakeSource {
-   public:
-    kilncore::threads::RecursiveMutex* itemMutex = nullptr;
-    mutable bool lockWasFree = false;
-    tether::RatioTime GetTickCount() const override {
-      std::thread probe([this] {
-        lockWasFree = itemMutex->TryLock();
-        if (lockWasFree) itemMutex->Unlock();
-      });
-      probe.join();
-      return {1, 1};
-    }
-  };
-  class ProbingItem : public TestMediaInfo {
-   public:
-    kilncore::threads::RecursiveMutex& Mutex() { return mMutex; }
-  };
-  auto item = std::make_shared<ProbingItem>();
-  auto source = std::make_shared<LockProbingSource>();
-  source->itemMutex = &item->Mutex();
+// Whether a thread other than the caller could take `mutex` right now. A getter
+// that held the item's lock while asking its source would make this false.
+bool LockIsFreeForAnotherThread(kilncore::threads::RecursiveMutex& mutex) {
+  bool free = false;
+  std::thread probe([&] {
+    free = mutex.TryLock();
+    if (free) mutex.Unlock();
+  });
+  probe.join();
+  return free;
+}
+
+// For each call, whether the item's lock was free every time the source was
+// asked during it. A call that doesn't reach the source fails the test.
+using NamedCalls = std::vector<std::pair<std::string, std::function<void()>>>;
+void ExpectSourceAskedWithTheLock(TestMediaInfo& item, FakeSource& source, bool wantFree,
+                                  const NamedCalls& calls) {
+  std::vector<bool> observed;
+  source.onQuery = [&] { observed.push_back(LockIsFreeForAnotherThread(item.Mutex())); };
+  for (const auto& [name, call] : calls) {
+    observed.clear();
+    call();
+    ASSERT_FALSE(observed.empty()) << name << " never asked the source";
+    for (bool free : observed) EXPECT_EQ(free, wantFree) << name;
+  }
+  source.onQuery = nullptr;
+}
+
+TEST(BaseMediaInfoSourceTest, GettersReleaseTheLockBeforeAskingTheSource) {
+  auto item = MakeItem();
+  auto source = MakeSource();
   item->SetSource(source);
-  EXPECT_EQ(item->GetTickCount(), TickTime::FromSeconds(1));
-  EXPECT_TRUE(source->lockWasFree);
+  ExpectSourceAskedWithTheLock(*item, *source, true,
+                               {{"GetTickCount", [&] { item->GetTickCount(); }},
+                                {"GetWorkInPoint", [&] { item->GetWorkInPoint(); }},
+                                {"GetWorkOutPoint", [&] { item->GetWorkOutPoint(); }},
+                                {"GetOrigTime", [&] { item->GetOrigTime(); }},
+                                {"GetIsDropFrame", [&] { item->GetIsDropFrame(); }},
+                                {"GetTimeDisplay", [&] { item->GetTimeDisplay(); }},
+                                {"GetSourceInfo", [&] { item->GetSourceInfo(); }}});
+}
+
+TEST(BaseMediaInfoSourceTest, StreamCountAndProducerDescriptionAskTheSourceUnderTheLock) {
+  // Their questions are local to the client library, so they keep the lock
+  // for the whole answer.
+  auto item = MakeItem();
+  auto source = MakeSource();
+  item->SetSource(source);
+  ExpectSourceAskedWithTheLock(
+      *item, *source, false,
+      {{"GetNumStreams", [&] { item->GetNumStreams(RL::kMediaType_Video); }},
+       {"GetMediaProducerDescription", [&] { item->GetMediaProducerDescription(); }}});
+}
+
+TEST(BaseMediaInfoSourceTest, FailureOfTheSourcePassesThroughWithTheLockReleased) {
+  auto item = MakeItem();
+  auto source = MakeSource();
+  source->onQuery = [] { throw std::runtime_error("link lost"); };
+  item->SetSource(source);
+  EXPECT_THROW(item->GetTickCount(), std::runtime_error);
+  EXPECT_THROW(item->GetNumStreams(RL::kMediaType_Video), std::runtime_error);
+  EXPECT_TRUE(LockIsFreeForAnotherThread(item->Mutex()));
 }
 
 TEST(BaseMediaInfoSourceTest, SnapshotKeepsAReplacedSourceAliveUntilTheCallEnds) {

@@ -12,6 +12,7 @@
 #include <tether/Source.h>
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -42,8 +43,14 @@ class FakeSource : public tether::Source {
   bool hasAudio = false;
   std::atomic<int> initCalls{0};
   std::atomic<int> getterCalls{0};
+  // Runs inside every getter, for tests that look at the item while the
+  // source is being asked.
+  std::function<void()> onQuery;
 
-  const tether::SourceInfo& GetSourceInfo() const override { return info; }
+  const tether::SourceInfo& GetSourceInfo() const override {
+    Count(0);
+    return info;
+  }
   void Init(const tether::SourceInfo& newInfo, InitCallback) override {
     ++initCalls;
     info = newInfo;
@@ -86,6 +93,7 @@ class FakeSource : public tether::Source {
   template <class T>
   T Count(T value) const {
     ++const_cast<FakeSource*>(this)->getterCalls;
+    if (onQuery) onQuery();
     return value;
   }
 };
@@ -181,7 +189,7 @@ class FakeVideoSource : public KL::IVideoSource, public RL::ISource {
 // answer fixed values here, or what the test scripts.
 class TestMediaInfo : public BaseMediaInfo {
  public:
-  TestMediaInfo() : BaseMediaInfo(false) {}
+  explicit TestMediaInfo(bool constructorFlag = false) : BaseMediaInfo(constructorFlag) {}
 
   // What the connected item's link questions answer.
   std::map<kilncore::utility::Guid, bool> linkedSources;
@@ -189,6 +197,12 @@ class TestMediaInfo : public BaseMediaInfo {
   bool projectItemLinked = false;
   std::atomic<int> isSourceLinkedToCalls{0};
   std::atomic<int> hasNestedLinkCalls{0};
+
+  // The item's own state, as the base class keeps it.
+  kilncore::threads::RecursiveMutex& Mutex() const { return mMutex; }
+  const kilncore::utility::Guid& SourceID() const { return mSourceID; }
+  bool HasSource() const { return GetSourceSnapshot() != nullptr; }
+  bool HasStreamObject() const { return !mVideoSource.IsNull(); }
 
   // Setters for what TetherMediaInfo writes at creation and connection.
   void SetIdentity(kilncore::WideString path, kilncore::utility::Guid sourceID) {
