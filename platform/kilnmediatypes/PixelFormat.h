@@ -62,13 +62,24 @@ bool IsFloatPixelFormat(const PixelFormat& format) noexcept;
 // 1. the first wanted format that is offered, or that kPixelFormat_Any in
 //    `offered` admits;
 // 2. else `preferred`, if it is valid and offered;
-// 3. else, unless `exactOnly`, the nearest offered format: one with the code of
-//    the first wanted format; failing that, for a render quality of 3 or more
-//    (high) the first offered float format, so that precision isn't lost;
-//    failing that, the first offered format;
+// 3. else, unless `exactOnly`, the offered format nearest to the first wanted
+//    one (see below);
 // 4. else kPixelFormat_Invalid.
 // kPixelFormat_Any itself is never the answer unless nothing else is known:
 // with only kPixelFormat_Any offered and nothing wanted, the result is invalid.
+//
+// Nearness. A format with the wanted code (other properties only) is nearest
+// of all. The named formats above are then compared by their colour model (RGB
+// or YUV) and the depth of a channel (8, 16 or 32 bits):
+// - at a render quality of 3 or more (high), precision comes first: a format
+//   that keeps the wanted depth beats one that loses it, then the same colour
+//   model beats a conversion, then the smallest depth that suffices wins;
+// - below that, the conversion is what costs: the same colour model comes
+//   first, then the depth nearest to the wanted one, the smaller on a tie.
+// Formats this list doesn't name come after the named ones. Whatever is left
+// equal is settled by the order of `offered`. When the wanted format isn't a
+// named one (or none is wanted), a high quality takes the deepest named format offered, and below
+// it the first offered format is taken.
 PixelFormat SelectNearestPixelFormat(const std::vector<PixelFormat>& wanted,
                                      const PixelFormat& preferred,
                                      const std::vector<PixelFormat>& offered,
