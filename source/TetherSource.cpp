@@ -85,7 +85,12 @@ bool TetherSource::GetUsePreviewFiles() const { return mUsePreviewFiles.load(); 
 
 bool TetherSource::GetUseProxies() const { return mUseProxies.load(); }
 
-void TetherSource::SetRuntimeFontGuid(const Guid& fontGuid) { mRuntimeFontGuid = fontGuid; }
+void TetherSource::SetRuntimeFontGuid(const Guid& fontGuid) {
+  // Under the lock that the identifier reads it with: a frame identifier made
+  // from half an old and half a new Guid would name pixels nobody rendered.
+  ScopedRecursiveLock lock(mStateMutex);
+  mRuntimeFontGuid = fontGuid;
+}
 
 kilncore::WideString TetherSource::GetName() {
   return QuerySource([](const tether::Source& s) { return s.GetName(); }, kilncore::WideString());
@@ -254,6 +259,7 @@ int32_t TetherSource::GetVideoFormatRecord(KL::VideoFormatRecord& out) {
 int32_t TetherSource::VideoCountF() { return 0; }
 
 int32_t TetherSource::GetRuntimeFontGuid(Guid& out) {
+  ScopedRecursiveLock lock(mStateMutex);
   out = mRuntimeFontGuid;
   return 0;
 }

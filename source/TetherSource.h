@@ -414,7 +414,6 @@ class TetherSource final : public RL::ISource,
   // Touched without a lock, by the smart-render code only.
   ClipStreamMap mClipStreams;
   RequestMap mRequests;  // guarded by mRequestMutex
-  // Written without a lock; read under mStateMutex.
   kilncore::utility::Guid mRuntimeFontGuid;
 };
 

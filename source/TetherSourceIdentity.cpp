@@ -79,10 +79,9 @@ int32_t TetherSource::GetIdentifierForSourceVideo(Guid& out, kilnmediatypes::Tic
     // sources without one don't change when this field is added.
     // HasColorSpace's own test, made here under the lock already held rather
     // than by taking it again: a frame request pays for every lock.
-    const bool hasColorSpace = mSource && !mSource->GetSourceInfo().colorSpace.IsEmpty();
-    if (IsColorManagedExternally() || hasColorSpace) {
-      MixGuid(state, ToHost(mSource->GetSourceInfo().colorSpace).ToGuid());
-    }
+    static const tether::ColorSpace kNoColorSpace;
+    const tether::ColorSpace& space = mSource ? mSource->GetSourceInfo().colorSpace : kNoColorSpace;
+    if (IsColorManagedExternally() || !space.IsEmpty()) MixGuid(state, ToHost(space).ToGuid());
     // Likewise the font state: untouched until a font change has happened.
     if (!mRuntimeFontGuid.IsNil()) MixGuid(state, mRuntimeFontGuid);
   }

@@ -124,11 +124,14 @@ void TetherSource::StartFrameRender(const boost::shared_ptr<PendingRender>& entr
   // The answer may come after this object is gone; it then does nothing.
   const std::weak_ptr<kilncore::classref::UnknownBase> weakSelf = GetWeakReference();
   renderer->RenderVideo(
-      [weakSelf, self = this](const Guid& job, const std::shared_ptr<processcoordination::BinaryReference>& reference,
-                              int status) {
+      [weakSelf, self = this, identifier](const Guid&,
+                                          const std::shared_ptr<processcoordination::BinaryReference>& reference,
+                                          int status) {
         const auto alive = weakSelf.lock();
         if (!alive) return;
-        self->OnVideoRendered(job, reference, status, true);
+        // The entry is ours by the identifier we sent, whatever the answer
+        // names.
+        self->OnVideoRendered(identifier, reference, status, true);
       },
       identifier, entry->time);
 }

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <kilncore/utility/Murmur3MixerState.h>
+#include <kilnmediatypes/color/ColorSpace.h>
 
 #include <xxhash.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace TetherMedia::testing {
@@ -136,6 +139,61 @@ TEST_F(TetherSourceIdentityTest, FrameIdentifierFollowsTheDocumentedLayoutAndIsP
   // Pinned: the same input gives this identifier in every process and build.
   // A change here changes every key of the frame cache.
   EXPECT_EQ(identifier.AsUTF8String(), "22786CBF-9057-74FB-290B-B9D49A031DAD");
+}
+
+TEST_F(TetherSourceIdentityTest, ColourSpaceAndFontGuidFollowTheDocumentedLayoutAndArePinned) {
+  ScriptedSourceSetup setup = ScriptedSourceSetup::Typical();
+  setup.info.colorSpace = tether::ColorSpace{"ACEScg"};
+  SourceRef source = MakeSource(setup);
+  const Guid fonts("01234567-89AB-CDEF-0123-456789ABCDEF");
+  source->SetRuntimeFontGuid(fonts);
+  const RL::FrameFormat format = NativeFormat();
+
+  std::vector<uint8_t> input;
+  const std::string domain = "TetherSource::GetIdentifierForSourceVideo";
+  input.insert(input.end(), domain.begin(), domain.end());
+  Append(input, 0, 8);
+  const auto formatBytes = format.GetHashBytes();
+  input.insert(input.end(), formatBytes.begin(), formatBytes.end());
+  uint8_t bytes[16];
+  Guid::GuidToBytes(setup.info.contentState, bytes);
+  input.insert(input.end(), bytes, bytes + 16);
+  // No prefs: nothing of them is fed.
+  Guid::GuidToBytes(kilnmediatypes::color::ColorSpace("ACEScg").ToGuid(), bytes);
+  input.insert(input.end(), bytes, bytes + 16);
+  Guid::GuidToBytes(fonts, bytes);
+  input.insert(input.end(), bytes, bytes + 16);
+
+  const Guid identifier = IdentifierOf(*source, 0, format, RL::BinaryData());
+  EXPECT_EQ(identifier, HashByHand(input, kilncore::utility::Murmur3MixerState::kSeed));
+  // Pinned like the plain identifier: every process computes this for this
+  // input.
+  EXPECT_EQ(identifier.AsUTF8String(), "8AC06C57-0CE4-8E5E-A99B-2E17DBE5E234");
+}
+
+TEST_F(TetherSourceIdentityTest, AFontGuidSetWhileIdentifiersAreMadeGivesOnlyTheOldOrTheNewIdentifier) {
+  SourceRef source = MakeSource();
+  const Guid first("01234567-89AB-CDEF-0123-456789ABCDEF");
+  const Guid second("FEDCBA98-7654-3210-FEDC-BA9876543210");
+  source->SetRuntimeFontGuid(first);
+  const Guid withFirst = IdentifierOf(*source, 0, NativeFormat(), prefs);
+  source->SetRuntimeFontGuid(second);
+  const Guid withSecond = IdentifierOf(*source, 0, NativeFormat(), prefs);
+
+  std::atomic<bool> done{false};
+  std::thread writer([&] {
+    for (int i = 0; i < 2000; ++i) source->SetRuntimeFontGuid(i % 2 == 0 ? first : second);
+    done = true;
+  });
+  int mixed = 0;
+  int made = 0;
+  while (!done || made < 100) {
+    const Guid identifier = IdentifierOf(*source, 0, NativeFormat(), prefs);
+    if (identifier != withFirst && identifier != withSecond) ++mixed;
+    ++made;
+  }
+  writer.join();
+  EXPECT_EQ(mixed, 0);
 }
 
 TEST_F(TetherSourceIdentityTest, PerClipContentStateFollowsTheDocumentedLayout) {
