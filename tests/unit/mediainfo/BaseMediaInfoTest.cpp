@@ -446,12 +446,19 @@ TEST_F(BaseMediaInfoLifetimeTest, DroppedItemFailsItsOpenRequestAndDisposesOfIts
 }
 
 TEST_F(BaseMediaInfoLifetimeTest, StreamObjectAndSourceGoBeforeTheRequestEnds) {
-  // Each released member reports whether the request was still open when it
-  // went: the stream object and the source must go first.
+  // Each released member writes down, as it goes, whether the request was
+  // still open and the station still there: the stream object goes first, then
+  // the source, and only after both the request and the station.
   struct Witness {
+    std::string name;
     const kilncore::async::Future<void>* future;
-    bool* requestOpen;
-    ~Witness() { *requestOpen = !future->IsReady(); }
+    kilncore::utility::ImmutableString station;
+    std::vector<std::string>* log;
+    ~Witness() {
+      const bool open = !future->IsReady();
+      const bool registered = kilncore::messaging::FindStation(station) != nullptr;
+      log->push_back(name + (open ? " open" : " ended") + (registered ? " registered" : " gone"));
+    }
   };
   class WitnessSource : public FakeSource {
    public:
@@ -462,21 +469,21 @@ TEST_F(BaseMediaInfoLifetimeTest, StreamObjectAndSourceGoBeforeTheRequestEnds) {
     std::unique_ptr<Witness> witness;
   };
   auto pair = CreateRequestFuture();
-  bool sourceSawOpenRequest = false;
-  bool videoSawOpenRequest = false;
-  auto source = std::make_shared<WitnessSource>();
-  source->witness.reset(new Witness{&pair.future, &sourceSawOpenRequest});
-  auto video = std::make_shared<WitnessVideo>();
-  video->witness.reset(new Witness{&pair.future, &videoSawOpenRequest});
-
   auto item = MakeItem();
+  const auto station = item->GetStationID();
+  std::vector<std::string> log;
+  auto source = std::make_shared<WitnessSource>();
+  source->witness.reset(new Witness{"source", &pair.future, station, &log});
+  auto video = std::make_shared<WitnessVideo>();
+  video->witness.reset(new Witness{"stream object", &pair.future, station, &log});
+
   item->SetRequestPromise(std::move(pair.promise));
   item->SetSource(std::move(source));
   item->SetVideoSource(MakeVideoSource(std::move(video)));
   item.reset();
-  EXPECT_TRUE(sourceSawOpenRequest);
-  EXPECT_TRUE(videoSawOpenRequest);
+  EXPECT_EQ(log, (std::vector<std::string>{"stream object open registered", "source open registered"}));
   EXPECT_TRUE(pair.future.IsReady());
+  EXPECT_EQ(kilncore::messaging::FindStation(station), nullptr);
 }
 
 }  // namespace
