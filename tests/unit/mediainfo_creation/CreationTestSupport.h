@@ -54,6 +54,37 @@ class TetherMediaInfoTestAccess {
     item.mSource = source;
   }
   static void SetExposeAudioAlways(TetherMediaInfo& item, bool value) { item.SetMediaHint(value); }
+  static void SetConnections(TetherMediaInfo& item, std::shared_ptr<tether::GenericServer> typed,
+                             std::shared_ptr<tether::Server> linked,
+                             std::shared_ptr<tether::FileServer> file,
+                             std::shared_ptr<tether::Project> project) {
+    kilncore::threads::ScopedRecursiveLock lock(item.mMutex);
+    item.mTypedServer = std::move(typed);
+    item.mLinkedServer = std::move(linked);
+    item.mFileServer = std::move(file);
+    item.mProject = std::move(project);
+  }
+
+  // Starts the link that Create would start for the item's path (or, for a
+  // remote item, its asset), without waiting; the caller waits on the future
+  // of Register and so sees exactly how the chain ended.
+  static int32_t StartByFileType(TetherMediaInfo& item) {
+    return item.ConnectByFileType(item.mFilePath);
+  }
+  static int32_t StartRemote(TetherMediaInfo& item, tether::FarsideAssetServerType serverType) {
+    return item.ConnectRemoteAsset(serverType, tether::kServerConnectionTypeDefault);
+  }
+  // The road of the table's Sprocket source row, whose extension the host's
+  // Sprocket project test claims first: the same server factory and the same
+  // unkept handler, reached directly.
+  static void StartSprocketSourceRoad(TetherMediaInfo& item) {
+    ItemRef self = ItemRef::FromThis(&item);
+    tether::SprocketServer::CreateTetherServer(
+        [self](tether::ConnectionStatus status, const std::shared_ptr<tether::SprocketServer>& server) {
+          self->OnSprocketServerStatus(status, server);
+        },
+        tether::kServerConnectionTypeDefault);
+  }
 
   static void OnMarlServerStatus(TetherMediaInfo& item, tether::ConnectionStatus status,
                                  const std::shared_ptr<tether::MarlServer>& server) {

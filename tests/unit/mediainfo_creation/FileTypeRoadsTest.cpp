@@ -247,6 +247,20 @@ TEST_F(FileTypeRoadsTest, StreamsOfALocalItem) {
   ASSERT_TRUE(mBackend->WaitForIdle());
 }
 
+TEST_F(FileTypeRoadsTest, AudioShownAlwaysStillNeedsTheLinkedSource) {
+  const auto path = mFiles.Make("Show.marlp");
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef lender;
+  ASSERT_EQ(TetherMediaInfo::Create(lender, path, prefs), 0);
+  ItemRef item = Access::MakeItem();
+  Access::SetSource(*item, Access::Source(*lender));
+  Access::SetExposeAudioAlways(*item, true);
+  // The source has audio, but without a stream object there is none to give.
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 1u);
+  ASSERT_TRUE(mBackend->WaitForIdle());
+}
+
 TEST_F(FileTypeRoadsTest, AnswersForTheLinkedItemItself) {
   const auto path = mFiles.Make("Show.marlp");
   RL::BinaryData prefs = ItemPrefs();

@@ -9,9 +9,13 @@
 #include <KL/FarsideAvailability.h>
 #include <RL/MediaType.h>
 #include <TetherMedia/FarsideAssets.h>
+#include <TetherMedia/RequestFutures.h>
 #include <tether/testing/Behaviour.h>
 #include <tether/testing/CallRecord.h>
 #include <tether/testing/Operation.h>
+#include <tether/testing/ScriptedSourceSetup.h>
+
+#include <kilncore/utility/HashValueMixerState.h>
 
 #include <gtest/gtest.h>
 
@@ -33,6 +37,16 @@ using Access = TetherMediaInfoTestAccess;
 using ItemRef = kilncore::classref::InterfaceRef<TetherMediaInfo>;
 
 constexpr int32_t kNotOffered = static_cast<int32_t>(0xA00F000Cu);
+
+// The Guid of a running hash over `parts`, each fed as its bytes.
+template <class... Parts>
+kilncore::utility::Guid HashOf(const Parts&... parts) {
+  kilncore::utility::HashValueMixerState state;
+  (kilncore::utility::UpdateHashState(state, parts.data(), parts.size() * sizeof(parts[0])), ...);
+  kilncore::utility::Guid guid;
+  kilncore::utility::GetHashResult(state, guid);
+  return guid;
+}
 
 tether::FarsideAssetRequestInfo Request(std::string production, std::string version,
                                         std::string asset) {
@@ -68,6 +82,7 @@ TEST_F(RemoteAssetTest, RemoteItemOpensItsAssetWithoutAProject) {
   EXPECT_EQ(item->GetInstanceString(), item->GetFilePath());
   EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 1u);
   EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 1u);
+  EXPECT_EQ(item->GetNumStreams(kilncore::utility::Guid::CreateUnique()), 0u);
 }
 
 TEST_F(RemoteAssetTest, TolmenServerTypeOpensOnTolmen) {
@@ -96,6 +111,53 @@ TEST_F(RemoteAssetTest, EmptyPrefsGetTheSameMadeUpSourceForTheSameAsset) {
   EXPECT_NE(PrefsToSourceID(first), kilncore::utility::Guid());
 }
 
+TEST_F(RemoteAssetTest, MadeUpSourceIsTheHashOfTheFactorysNameAndTheAsset) {
+  RL::BinaryData prefs;
+  ItemRef item;
+  ASSERT_EQ(TetherMediaInfo::Create(item, Request("P", "v1", "Titles"), tether::kFarsideAssetServerTypeMarl,
+                                    prefs, boost::none),
+            0);
+  EXPECT_EQ(PrefsToSourceID(prefs),
+            HashOf(std::string("TetherMedia::TetherMediaInfo::Create"), std::string("Titles")));
+}
+
+TEST_F(RemoteAssetTest, DocumentIdentityHashesTheLinkedTextAsUtf16OrTheNameAsUtf8) {
+  const std::string kPrefix = "Tether Document ID";
+  ItemRef linked = Access::MakeItem();
+  Access::SetAssetRequest(*linked, Request("P", "v1", "A"), ImmutableString("{\"linked\":1}"));
+  EXPECT_EQ(linked->GetDocumentID(), HashOf(kPrefix, std::u16string(u"{\"linked\":1}"), std::string("v1")));
+  ItemRef named = Access::MakeItem();
+  Access::SetAssetRequest(*named, Request("P", "v1", "A"), boost::none);
+  EXPECT_EQ(named->GetDocumentID(),
+            HashOf(kPrefix, std::string("P"), std::string("v1"), std::string("A")));
+}
+
+TEST_F(RemoteAssetTest, RemoteItemIsNamedByItsSourceAndTheAssetsDisplayName) {
+  const auto request = Request("Trailer", "v3", "Titles");
+  tether::testing::ScriptedSourceSetup setup = tether::testing::ScriptedSourceSetup::Typical();
+  setup.info.assetRequest = request;
+  setup.info.assetDisplayName = u"Shots/Titles";
+  mBackend->SetSource("Titles", setup);
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef item;
+  ASSERT_EQ(TetherMediaInfo::Create(item, request, tether::kFarsideAssetServerTypeMarl, prefs, boost::none), 0);
+  EXPECT_EQ(item->GetMediaDisplayName(), setup.info.name + u"/Shots/Titles");
+
+  setup.info.assetDisplayName.clear();
+  mBackend->SetSource("Titles", setup);
+  prefs = UniquePrefs();
+  ASSERT_EQ(TetherMediaInfo::Create(item, request, tether::kFarsideAssetServerTypeMarl, prefs, boost::none), 0);
+  EXPECT_EQ(item->GetMediaDisplayName(), setup.info.name);
+}
+
+TEST_F(RemoteAssetTest, RemoteItemWithoutLinkedSourceHasNoStreams) {
+  ItemRef item = Access::MakeItem();
+  Access::SetAssetRequest(*item, Request("P", "v1", "A"), boost::none);
+  Access::SetSource(*item, nullptr);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 0u);
+}
+
 TEST_F(RemoteAssetTest, UnknownServerTypeFailsAfterRegisteringAndLeavesNothingOpen) {
   RL::BinaryData prefs = ItemPrefs();
   ItemRef item;
@@ -105,6 +167,21 @@ TEST_F(RemoteAssetTest, UnknownServerTypeFailsAfterRegisteringAndLeavesNothingOp
   EXPECT_TRUE(item);
   EXPECT_TRUE(mBackend->Calls().empty());
   item.Reset();
+  EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
+}
+
+TEST_F(RemoteAssetTest, UnknownServerTypeRegistersItsRequestBeforeRefusing) {
+  // A request already open under the item's key loses its entry when another
+  // is registered under that key, which shows that the refusal came after the
+  // registration.
+  const kilncore::WideString name = u"{\"production\":\"P\",\"version\":\"v1\",\"asset\":\"A\"}";
+  const auto open = CreateRequestFuture(name, ItemID());
+  ASSERT_EQ(GetPendingRequestCountForTesting(), 1u);
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef item;
+  EXPECT_EQ(TetherMediaInfo::Create(item, Request("P", "v1", "A"), static_cast<tether::FarsideAssetServerType>(2),
+                                    prefs, boost::none),
+            kNotOffered);
   EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
 }
 
