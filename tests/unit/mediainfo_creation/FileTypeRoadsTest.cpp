@@ -203,6 +203,19 @@ TEST_F(FileTypeRoadsTest, SprocketSourceWithRenderOptionsOpensWithThemAndWithout
   ASSERT_TRUE(mBackend->WaitForIdle());
 }
 
+TEST_F(FileTypeRoadsTest, PrefsTooShortForASourceNameTheNilSourceWithoutOptions) {
+  const auto path = mFiles.Make("Scene.spkproj");
+  const uint8_t bytes[10] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+  RL::BinaryData prefs(bytes, sizeof(bytes));
+  ItemRef item;
+  ASSERT_EQ(TetherMediaInfo::Create(item, path, prefs), 0);
+  // No options: the project is opened plainly, not with the blob's bytes.
+  EXPECT_EQ(mBackend->CallCount(Operation::kOpenProjectWithJSON), 0u);
+  ASSERT_EQ(mBackend->CallCount(Operation::kGetSource), 1u);
+  EXPECT_EQ(mBackend->Calls(Operation::kGetSource)[0].Args<IdArgs>().id, kilncore::utility::Guid());
+  ASSERT_TRUE(mBackend->WaitForIdle());
+}
+
 TEST_F(FileTypeRoadsTest, FailedContainerRequestLeavesTheItemConnected) {
   mBackend->Script(Operation::kGetContainer, Behaviour::Fail());
   const auto path = mFiles.Make("Show.marlp");

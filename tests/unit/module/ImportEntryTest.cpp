@@ -1,6 +1,7 @@
 // The file types on offer in each application, and the import entry.
 
 #include <module/TetherMediaModule.h>
+#include <requests/RequestTableForTesting.h>
 
 #include <Crate/ApplicationType.h>
 #include <FarsideCL/FarsideDataServer.h>
@@ -13,6 +14,7 @@
 #include <TetherMedia/MissingAssets.h>
 #include <TetherMedia/Prefs.h>
 #include <kilncore/config/UsageLogger.h>
+#include <kilncore/debug/DebugDatabase.h>
 #include <kilncore/debug/Trace.h>
 #include <kilncore/debug/TraceCapture.h>
 #include <kilncore/string/UTFConversion.h>
@@ -25,7 +27,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -72,6 +76,18 @@ TEST(ImportableFileTypesTest, MarlOffersNoMarlProjectsOfItsOwn) {
 
 TEST(ImportableFileTypesTest, TolmenOffersNoTolmenProjectsOfItsOwn) {
   EXPECT_EQ(CodesIn(5), (Codes{"MrlP", "MrlX", "MrlC", "MrlG", "Spkt"}));
+}
+
+TEST(ImportableFileTypesTest, OwnProjectTypesAreOfferedWhileTheSettingAllowsThem) {
+  auto& settings = kilncore::debug::DebugDatabase::Instance();
+  settings.SetEntry("AllowTetherToOwnProjectType", "true");
+  const Codes inMarl = CodesIn(1);
+  const Codes inTolmen = CodesIn(5);
+  settings.RemoveEntry("AllowTetherToOwnProjectType");
+  EXPECT_EQ(inMarl, (Codes{"MrlP", "MrlX", "MrlC", "MrlG", "TMLN", "Spkt"}));
+  EXPECT_EQ(inTolmen, (Codes{"MrlP", "MrlX", "MrlC", "MrlG", "TMLN", "Spkt"}));
+  // Read again at each call: without the entry the own types are gone.
+  EXPECT_EQ(CodesIn(1), (Codes{"TMLN", "Spkt"}));
 }
 
 TEST(ImportableFileTypesTest, Application11OffersCataloguesDocumentsAndXMLButNoSprocket) {
@@ -243,6 +259,44 @@ TEST_F(ServerImportTest, FailedImportReportsNothingAndGivesNoItem) {
   EXPECT_EQ(Import(result, path, prefs, true), kNoLinkedSource);
   EXPECT_FALSE(result);
   EXPECT_TRUE(GetMissingFonts().empty());
+}
+
+TEST_F(ServerImportTest, SourceChoiceCannotRedirectTheImportToAnotherPath) {
+  const kilncore::WideString elsewhere = Make("Other.marlp");
+  SetSelectSource([&](kilncore::WideString& path, kilncore::utility::Guid& id) {
+    path = elsewhere;
+    id = kilncore::utility::Guid::CreateUnique();
+    return 0;
+  });
+  RL::BinaryData prefs;
+  kilncore::classref::InterfaceRef<KL::IMediaInfo> result;
+  const int code = Import(result, kilncore::string::UTF8to16((mFolder / "Missing.marlp").string()), prefs, false);
+  SetSelectSource({});
+  EXPECT_EQ(code, kFileMissing);
+  EXPECT_TRUE(mBackend->Calls().empty());
+}
+
+TEST_F(ServerImportTest, CancelImportFromAnotherThreadEndsTheImportPromptlyWithoutAnItem) {
+  mBackend->Script(tether::testing::Operation::kOpenProject,
+                   tether::testing::Behaviour().With(tether::testing::Delivery::kHold));
+  const kilncore::WideString path = Make("Show.marlp");
+  kilncore::classref::InterfaceRef<KL::IMediaInfo> result;
+  auto importing = std::async(std::launch::async, [&] {
+    RL::BinaryData prefs = ItemPrefs();
+    return Import(result, path, prefs, true);
+  });
+  ASSERT_TRUE(mBackend->WaitForHeld(1));
+  std::async(std::launch::async, [&] { TetherMediaModule().CancelImport(path, ItemPrefs()); }).get();
+
+  ASSERT_EQ(importing.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_EQ(importing.get(), kNoLinkedSource);
+  EXPECT_FALSE(result);
+  EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
+  // The project that the server opens after all finds nobody to tell.
+  mBackend->ReleaseAllHeld();
+  ASSERT_TRUE(mBackend->WaitForIdle());
+  EXPECT_EQ(mBackend->CallCount(tether::testing::Operation::kGetSource), 0u);
+  EXPECT_TRUE(mBackend->CallbackExceptions().empty());
 }
 
 TEST_F(ServerImportTest, GraphicsTemplateImportIsTracedWithItsFileName) {
