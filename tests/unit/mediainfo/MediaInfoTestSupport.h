@@ -42,6 +42,7 @@ class FakeSource : public tether::Source {
   bool hasVideo = false;
   bool hasAudio = false;
   std::atomic<int> initCalls{0};
+  bool initGotCallback = false;
   std::atomic<int> getterCalls{0};
   // Runs inside every getter, for tests that look at the item while the
   // source is being asked.
@@ -51,8 +52,9 @@ class FakeSource : public tether::Source {
     Count(0);
     return info;
   }
-  void Init(const tether::SourceInfo& newInfo, InitCallback) override {
+  void Init(const tether::SourceInfo& newInfo, InitCallback callback) override {
     ++initCalls;
+    initGotCallback = static_cast<bool>(callback);
     info = newInfo;
   }
   tether::RatioTime GetDuration() const override { return info.duration; }

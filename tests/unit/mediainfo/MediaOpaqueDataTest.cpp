@@ -97,12 +97,15 @@ TEST(MediaOpaqueDataTest, MalformedMarlOptionsThrow) {
 
 TEST(MediaOpaqueDataTest, DownSampledMarlItemPatchesTheSourceSize) {
   OpenedItem opened(kMarlPath);
+  opened.source->info.name = u"Opening";
   const kilncore::WideString options = MarlOptions(true, 2, 2);
   RL::BinaryData out;
   TestMediaInfo::MakeMediaOpaqueData(opened.ref, options, kMarlPath, out);
   EXPECT_EQ(opened.source->initCalls, 1);
+  EXPECT_FALSE(opened.source->initGotCallback);  // no new identifier is wanted
   EXPECT_EQ(opened.source->info.width, 960u);
   EXPECT_EQ(opened.source->info.height, 540u);
+  EXPECT_EQ(opened.source->info.name, u"Opening");  // the rest of the description stays
   // The blob keeps the divisors for the server.
   tether::MarlRenderOptions kept;
   ApplicationSpecificRenderOptionsToMarlRenderOptions(PrefsToApplicationSpecificRenderOptions(out), kept);
