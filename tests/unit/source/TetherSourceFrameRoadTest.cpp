@@ -149,6 +149,23 @@ TEST_F(TetherSourceFrameRoadTest, RenderThatFailsThreeTimesLeavesNoEntryAndGives
   EXPECT_TRUE(trace.Contains("TetherMedia", "Rendering frame at time"));
 }
 
+// An answer that brings no frame (as one whose memory can't be wrapped) is an
+// empty frame with status 0: retried, then given up; the waiter's request
+// ends without failure, finds no frame and reports a failed render.
+TEST_F(TetherSourceFrameRoadTest, AnswerWithoutAFrameIsRetriedThenEndsAsAFailedRender) {
+  kilncore::debug::TraceCapture trace;
+  kilncore::debug::SetTraceLevel("TetherMedia", 0);
+  backend->Script(Operation::kRenderVideo, Behaviour::NullResult().With(Delivery::kSynchronous));
+  SourceRef source = MakeSource();
+  TetherSource::Frame frame;
+  EXPECT_EQ(GetFrame(*source, 0, frame), kGeneralFailure);
+  EXPECT_FALSE(frame);
+  EXPECT_EQ(Calls(Operation::kRenderVideo), 3u);
+  EXPECT_EQ(source->GetPendingRenderCount(), 0u);
+  EXPECT_FALSE(Cached(IdentifierOf(*source, 0, NativeFormat(), prefs)));
+  EXPECT_TRUE(trace.Contains("TetherMedia", "RenderVideo failed for time"));
+}
+
 TEST_F(TetherSourceFrameRoadTest, BlockingRequestMeetingARetriedEntryStartsAnotherRender) {
   // A frame whose render has failed once is started again by a blocking
   // request that meets it, so one frame can see more than three renders.

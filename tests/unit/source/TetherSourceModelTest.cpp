@@ -139,6 +139,27 @@ TEST_F(TetherSourceModelTest, DescribesTheServersItem) {
   EXPECT_EQ(source->GetAudioChannelType(), RL::kAudioChannelType_Stereo);
 }
 
+TEST_F(TetherSourceModelTest, DescribesTheItemsAudio) {
+  ScriptedSourceSetup setup = ScriptedSourceSetup::Typical();
+  setup.info.audioChannelLayout = {1, 0, 2, 0};  // L, discrete, R, discrete
+  SourceRef source = MakeSource(setup);
+  kilnmediatypes::FrameRate rate;
+  source->GetSampleRate(rate);
+  EXPECT_EQ(rate, kilnmediatypes::FrameRate(254016000000 / 48000));
+  std::vector<kilnmediatypes::AudioChannelDescription> layout;
+  source->GetAudioChannelLayout(layout);
+  using kilnmediatypes::AudioChannelDescription;
+  EXPECT_EQ(layout, (std::vector<AudioChannelDescription>{{kilnmediatypes::kAudioChannelLabel_Left, 0},
+                                                          {kilnmediatypes::kAudioChannelLabel_Discrete, 0},
+                                                          {kilnmediatypes::kAudioChannelLabel_Right, 0},
+                                                          {kilnmediatypes::kAudioChannelLabel_Discrete, 1}}));
+  EXPECT_EQ(source->GetAudioChannelCount(), 4u);
+  EXPECT_EQ(source->GetAudioChannelType(), RL::CreateAudioChannelType(layout));
+  EXPECT_EQ(source->GetAudioChannelType(), RL::kAudioChannelType_Multichannel);
+  EXPECT_FALSE(source->SequentialQueryA());
+  EXPECT_FALSE(source->SequentialQueryB());
+}
+
 TEST_F(TetherSourceModelTest, TimeStretchFlagsTellFrozenRegions) {
   ScriptedSourceSetup setup = ScriptedSourceSetup::Typical();
   SourceRef plain = MakeSource(setup);
