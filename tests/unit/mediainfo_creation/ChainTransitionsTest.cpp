@@ -189,6 +189,34 @@ TEST_F(ChainTransitionsTest, ItemReleasedWhileItsProjectOpensIsLeftAlone) {
   EXPECT_TRUE(mBackend->CallbackExceptions().empty());
 }
 
+TEST_F(ChainTransitionsTest, FirstCallbackAloneKeepsAnAbandonedItemUntilItHasRun) {
+  mBackend->Script(Operation::kCreateMarlServer, Behaviour().With(Delivery::kHold));
+  mBackend->Script(Operation::kConnectLinkedServer, Behaviour().With(Delivery::kHold));
+  const auto path = mFiles.Make("A.marlp");
+  RL::BinaryData prefs = ItemPrefs();
+  std::weak_ptr<kilncore::classref::UnknownBase> watch;
+  auto creating = std::async(std::launch::async, [&] {
+    ItemRef item;
+    const int32_t result = TetherMediaInfo::Create(item, path, prefs);
+    watch = item.GetOwner();
+    return result;
+  });
+  ASSERT_TRUE(mBackend->WaitForHeld(1));
+  CancelRequest(path, ItemID());
+  ASSERT_EQ(creating.wait_for(kPatience), std::future_status::ready);
+  EXPECT_EQ(creating.get(), kNoLinkedSource);
+  EXPECT_FALSE(watch.expired());
+
+  // Run here, so that the callback has been destroyed when this returns.
+  ASSERT_TRUE(mBackend->RunHeldHere(mBackend->Held()[0].id));
+  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(mBackend->CallCount(Operation::kConnectLinkedServer), 1u);
+  mBackend->ReleaseAllHeld();
+  ASSERT_TRUE(mBackend->WaitForIdle());
+  EXPECT_EQ(mBackend->CallCount(Operation::kOpenProject), 0u);
+  EXPECT_TRUE(mBackend->CallbackExceptions().empty());
+}
+
 TEST_F(ChainTransitionsTest, CancelImportFromAnotherThreadEndsTheWaitPromptly) {
   mBackend->Script(Operation::kOpenProject, Behaviour().With(Delivery::kHold));
   const auto path = mFiles.Make("A.marlp");

@@ -15,6 +15,8 @@
 #include <tether/testing/Operation.h>
 #include <tether/testing/ScriptedSourceSetup.h>
 
+#include <kilncore/debug/Trace.h>
+#include <kilncore/debug/TraceCapture.h>
 #include <kilncore/utility/HashValueMixerState.h>
 
 #include <gtest/gtest.h>
@@ -156,6 +158,26 @@ TEST_F(RemoteAssetTest, RemoteItemWithoutLinkedSourceHasNoStreams) {
   Access::SetSource(*item, nullptr);
   EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
   EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 0u);
+}
+
+TEST_F(RemoteAssetTest, CreationIsTracedWithTheSourceAndTheOptions) {
+  kilncore::debug::TraceCapture capture;
+  kilncore::debug::SetTraceLevel("TetherMedia", 6);
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef item;
+  const int32_t result =
+      TetherMediaInfo::Create(item, Request("P", "v1", "A"), tether::kFarsideAssetServerTypeMarl, prefs, boost::none);
+  kilncore::debug::SetTraceLevel("TetherMedia", -1);
+  ASSERT_EQ(result, 0);
+  std::vector<std::string> lines;
+  for (const auto& line : capture.Lines()) {
+    if (line.channel == "TetherMedia" && line.text.rfind("TetherMediaInfo::Create", 0) == 0) {
+      EXPECT_EQ(line.level, 6);
+      lines.push_back(line.text);
+    }
+  }
+  EXPECT_EQ(lines, std::vector<std::string>{"TetherMediaInfo::Create: SourceID=" + ItemID().AsUTF8String() +
+                                            ", appSpecificRenderOptions="});
 }
 
 TEST_F(RemoteAssetTest, UnknownServerTypeFailsAfterRegisteringAndLeavesNothingOpen) {
