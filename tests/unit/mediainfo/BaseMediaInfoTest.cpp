@@ -385,6 +385,30 @@ TEST(BaseMediaInfoIdentityTest, NilContentStateOfTheStreamGivesTheDocumentID) {
   EXPECT_EQ(item->GetContentState(), Guid("12345678-1234-1234-1234-123456789ABC"));
 }
 
+TEST(BaseMediaInfoIdentityTest, StreamThatFailsToTellItsContentStateGivesTheDocumentID) {
+  auto item = MakeItem();
+  item->SetIdentity(u"/Volumes/Show/Opening.marlp", kSourceID);
+  auto video = std::make_shared<FakeVideoSource>();
+  video->contentStateResult = static_cast<int32_t>(0xA00F0001u);
+  item->SetVideoSource(MakeVideoSource(video));
+  EXPECT_EQ(item->GetContentState(), item->GetDocumentID());
+}
+
+TEST(BaseMediaInfoSourceTest, ProducerDescriptionComesFromTheItemsOwnDescription) {
+  class DescribingItem : public TestMediaInfo {
+   public:
+    tether::SourceInfo GetSourceInfo() override {
+      tether::SourceInfo info = TestMediaInfo::GetSourceInfo();
+      info.producerDescription = u"Described by the item";
+      return info;
+    }
+  };
+  auto item = std::make_shared<DescribingItem>();
+  EXPECT_EQ(item->GetMediaProducerDescription(), u"");  // no source: not even asked
+  item->SetSource(MakeSource());
+  EXPECT_EQ(item->GetMediaProducerDescription(), u"Described by the item");
+}
+
 TEST(BaseMediaInfoQueryTest, EveryInterfaceAndTheClassAreAnswered) {
   auto item = MakeItem();
   EXPECT_EQ(item->Query("TetherMedia::BaseMediaInfo"), static_cast<BaseMediaInfo*>(item.get()));

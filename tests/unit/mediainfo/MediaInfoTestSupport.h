@@ -105,12 +105,13 @@ class FakeSource : public tether::Source {
 class FakeVideoSource : public KL::IVideoSource, public RL::ISource {
  public:
   kilncore::utility::Guid contentState;
+  int32_t contentStateResult = 0;
   kilnmediatypes::PixelAspectRatio pixelAspectRatio;
   kilnmediatypes::FieldType fieldType = kilnmediatypes::kFieldType_Progressive;
 
   int32_t GetContentState(kilncore::utility::Guid& out) override {
     out = contentState;
-    return 0;
+    return contentStateResult;
   }
   int32_t GetPixelAspectRatio(kilnmediatypes::PixelAspectRatio& out) override {
     out = pixelAspectRatio;
