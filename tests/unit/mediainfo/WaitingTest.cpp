@@ -268,6 +268,19 @@ TEST_F(WaitingTest, DroppedCallbackBreaksThePromise) {
   EXPECT_EQ(code, kBrokenPromise);
 }
 
+TEST_F(WaitingTest, CallbackDroppedLaterOnAnotherThreadEndsTheWait) {
+  auto linked = std::make_shared<bool>(true);
+  std::thread library;
+  const int32_t code = ServerWait::Block([&](const Promise<void>& promise) {
+    // The library keeps the callback past the client call and lets go of it,
+    // uncalled, on its own thread.
+    auto callback = TestMediaInfo::BindWaitForDependanceCheck(promise, linked);
+    library = std::thread([callback = std::move(callback)]() mutable { callback = nullptr; });
+  });
+  library.join();
+  EXPECT_EQ(code, kBrokenPromise);
+}
+
 TEST_F(WaitingTest, FailingCallbackGivesTheGeneralFailureAndTheCallersDefault) {
   auto fonts = std::make_shared<unsigned int>(1);
   const int32_t code = ServerWait::Block([&](const Promise<void>& promise) {
