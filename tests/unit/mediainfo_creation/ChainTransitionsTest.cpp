@@ -166,6 +166,9 @@ TEST_F(ChainTransitionsTest, SecondSourceAnswerKeepsTheLinkedSource) {
 }
 
 TEST_F(ChainTransitionsTest, ItemReleasedWhileItsProjectOpensIsLeftAlone) {
+  // The typed server answers inside its call, so that its callback, the one
+  // strong reference of the chain, is gone by the time Create returns.
+  mBackend->Script(Operation::kCreateMarlServer, Behaviour().With(Delivery::kSynchronous));
   mBackend->Script(Operation::kOpenProject, Behaviour().With(Delivery::kHold));
   const auto path = mFiles.Make("A.marlp");
   RL::BinaryData prefs = ItemPrefs();
@@ -177,6 +180,8 @@ TEST_F(ChainTransitionsTest, ItemReleasedWhileItsProjectOpensIsLeftAlone) {
     return result;
   });
   ASSERT_TRUE(mBackend->WaitForHeld(1));
+  // The generic server's handler, which asked for the project, has returned.
+  ASSERT_TRUE(mBackend->WaitForIdle());
   CancelRequest(path, ItemID());
   ASSERT_EQ(creating.wait_for(kPatience), std::future_status::ready);
   EXPECT_EQ(creating.get(), kNoLinkedSource);
