@@ -5,6 +5,8 @@
 
 #include <KL/FarsideAvailability.h>
 #include <KL/FontSetUpdateManager.h>
+#include <tether/testing/Behaviour.h>
+#include <tether/testing/Operation.h>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +44,19 @@ TEST(ItemReleaseTest, ProjectGoesFirstThenGenericServerThenFileServerThenTypedSe
 
 class FontWatcherTest : public ::testing::Test {
  protected:
+  // Every answer comes inside its call, so that no callback of the chain is
+  // still being let go of on a worker thread when Create returns: the count of
+  // live watchers then changes exactly when the item does.
+  void SetUp() override {
+    using tether::testing::Operation;
+    for (const Operation operation :
+         {Operation::kCreateMarlServer, Operation::kCreateSprocketServer, Operation::kCreateTolmenServer,
+          Operation::kCreateDarkslideServer, Operation::kConnectLinkedServer, Operation::kCreateFileServerLink,
+          Operation::kOpenProject, Operation::kOpenFile, Operation::kOpenFarsideAsset, Operation::kGetSource,
+          Operation::kGetContainer}) {
+      mBackend->Script(operation, tether::testing::Behaviour().With(tether::testing::Delivery::kSynchronous));
+    }
+  }
   void TearDown() override {
     KL::Utils::SetUseFontManager(true);
     KL::SetFarsideClientAvailable(false);
