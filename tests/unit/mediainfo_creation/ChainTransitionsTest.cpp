@@ -54,6 +54,27 @@ class ChainTransitionsTest : public ::testing::Test {
     return item;
   }
 
+  // Creates an item of `name` on another thread and cancels its request once
+  // the chain waits on a held answer and nothing else runs. Gives the item
+  // that Create left behind, by weak reference.
+  std::weak_ptr<kilncore::classref::UnknownBase> CreateAndAbandon(const std::string& name) {
+    const auto path = mFiles.Make(name);
+    RL::BinaryData prefs = ItemPrefs();
+    std::weak_ptr<kilncore::classref::UnknownBase> watch;
+    auto creating = std::async(std::launch::async, [&] {
+      ItemRef item;
+      const int32_t result = TetherMediaInfo::Create(item, path, prefs);
+      watch = item.GetOwner();
+      return result;
+    });
+    EXPECT_TRUE(mBackend->WaitForHeld(1));
+    EXPECT_TRUE(mBackend->WaitForIdle());
+    CancelRequest(path, ItemID());
+    EXPECT_EQ(creating.wait_for(kPatience), std::future_status::ready);
+    EXPECT_EQ(creating.get(), kNoLinkedSource);
+    return watch;
+  }
+
   ProjectFiles mFiles;
   ScopedBackend mBackend;
 };
@@ -170,21 +191,7 @@ TEST_F(ChainTransitionsTest, ItemReleasedWhileItsProjectOpensIsLeftAlone) {
   // strong reference of the chain, is gone by the time Create returns.
   mBackend->Script(Operation::kCreateMarlServer, Behaviour().With(Delivery::kSynchronous));
   mBackend->Script(Operation::kOpenProject, Behaviour().With(Delivery::kHold));
-  const auto path = mFiles.Make("A.marlp");
-  RL::BinaryData prefs = ItemPrefs();
-  std::weak_ptr<kilncore::classref::UnknownBase> watch;
-  auto creating = std::async(std::launch::async, [&] {
-    ItemRef item;
-    const int32_t result = TetherMediaInfo::Create(item, path, prefs);
-    watch = item.GetOwner();
-    return result;
-  });
-  ASSERT_TRUE(mBackend->WaitForHeld(1));
-  // The generic server's handler, which asked for the project, has returned.
-  ASSERT_TRUE(mBackend->WaitForIdle());
-  CancelRequest(path, ItemID());
-  ASSERT_EQ(creating.wait_for(kPatience), std::future_status::ready);
-  EXPECT_EQ(creating.get(), kNoLinkedSource);
+  const auto watch = CreateAndAbandon("A.marlp");
   // Nothing holds the item now but the held answer's weak reference.
   EXPECT_TRUE(watch.expired());
 
@@ -197,19 +204,7 @@ TEST_F(ChainTransitionsTest, ItemReleasedWhileItsProjectOpensIsLeftAlone) {
 TEST_F(ChainTransitionsTest, FirstCallbackAloneKeepsAnAbandonedItemUntilItHasRun) {
   mBackend->Script(Operation::kCreateMarlServer, Behaviour().With(Delivery::kHold));
   mBackend->Script(Operation::kConnectLinkedServer, Behaviour().With(Delivery::kHold));
-  const auto path = mFiles.Make("A.marlp");
-  RL::BinaryData prefs = ItemPrefs();
-  std::weak_ptr<kilncore::classref::UnknownBase> watch;
-  auto creating = std::async(std::launch::async, [&] {
-    ItemRef item;
-    const int32_t result = TetherMediaInfo::Create(item, path, prefs);
-    watch = item.GetOwner();
-    return result;
-  });
-  ASSERT_TRUE(mBackend->WaitForHeld(1));
-  CancelRequest(path, ItemID());
-  ASSERT_EQ(creating.wait_for(kPatience), std::future_status::ready);
-  EXPECT_EQ(creating.get(), kNoLinkedSource);
+  const auto watch = CreateAndAbandon("A.marlp");
   EXPECT_FALSE(watch.expired());
 
   // Run here, so that the callback has been destroyed when this returns.

@@ -126,34 +126,48 @@ TEST(ServerConnectionWaitsTest, AnswersThatCarryNoObjectStoreWhatTheyWereGiven) 
   EXPECT_TRUE(*accepted);
 }
 
-// The road of project enumeration against the scripted double: the typed
-// server, then the generic server and the project as one wait.
-TEST(ServerConnectionWaitsTest, TypedServerThenGenericServerAndProjectOpenTheFile) {
-  tether::testing::ScopedBackend backend;
-  const tether::File file(u"/Shows/A.marlp", false);
-  const auto typedServer = MakeHolder<tether::TolmenServer>();
+// Reaches a typed server of its own through `wait`, as project enumeration
+// does, and gives the function that connects its generic server.
+template <class TypedServer, class Wait>
+std::shared_ptr<Waits::LinkedServerConnector> ConnectTypedServer(Wait wait,
+                                                                  const Waits::Holder<TypedServer>& typedServer) {
   const auto connector = std::make_shared<Waits::LinkedServerConnector>();
-  ASSERT_EQ(ServerWait::Block([&](const Promise<void>& promise) {
-              tether::TolmenServer::CreateTetherServer(
-                  [promise, typedServer, connector](tether::ConnectionStatus status,
-                                                    const std::shared_ptr<tether::TolmenServer>& server) {
-                    Waits::WaitForTolmenServerConnection(promise, typedServer, connector, status, server);
+  EXPECT_EQ(ServerWait::Block([&](const Promise<void>& promise) {
+              TypedServer::CreateTetherServer(
+                  [promise, typedServer, connector, wait](tether::ConnectionStatus status,
+                                                          const std::shared_ptr<TypedServer>& server) {
+                    wait(promise, typedServer, connector, status, server);
                   },
                   tether::kServerConnectionTypeDefault);
             }),
             0);
+  return connector;
+}
+
+// Connects the generic server through `connector` and opens `file` on it, in
+// one wait; gives the wait's result.
+int32_t OpenOnGenericServer(const Waits::LinkedServerConnector& connector, const tether::File& file,
+                            const Waits::Holder<tether::Server>& server,
+                            const Waits::Holder<tether::Project>& project) {
+  return ServerWait::Block([&](const Promise<void>& promise) {
+    connector([promise, file, server, project](tether::ConnectionStatus status,
+                                               const std::shared_ptr<tether::Server>& result) {
+      Waits::WaitForServer(promise, file, server, project, status, result);
+    });
+  });
+}
+
+TEST(ServerConnectionWaitsTest, TypedServerThenGenericServerAndProjectOpenTheFile) {
+  tether::testing::ScopedBackend backend;
+  const tether::File file(u"/Shows/A.marlp", false);
+  const auto typedServer = MakeHolder<tether::TolmenServer>();
+  const auto connector = ConnectTypedServer(&Waits::WaitForTolmenServerConnection, typedServer);
   ASSERT_TRUE(*typedServer);
   ASSERT_TRUE(*connector);
 
   const auto server = MakeHolder<tether::Server>();
   const auto project = MakeHolder<tether::Project>();
-  ASSERT_EQ(ServerWait::Block([&](const Promise<void>& promise) {
-              (*connector)([promise, file, server, project](tether::ConnectionStatus status,
-                                                           const std::shared_ptr<tether::Server>& result) {
-                Waits::WaitForServer(promise, file, server, project, status, result);
-              });
-            }),
-            0);
+  ASSERT_EQ(OpenOnGenericServer(*connector, file, server, project), 0);
   EXPECT_TRUE(*server);
   EXPECT_TRUE(*project);
   const auto connects = backend->Calls(Operation::kConnectLinkedServer);
@@ -168,26 +182,12 @@ TEST(ServerConnectionWaitsTest, TypedServerThenGenericServerAndProjectOpenTheFil
 TEST(ServerConnectionWaitsTest, RefusedProjectFailsTheGenericServersWaitAndKeepsTheServer) {
   tether::testing::ScopedBackend backend;
   backend->Script(Operation::kOpenProject, tether::testing::Behaviour::Fail());
-  const auto typedServer = MakeHolder<tether::MarlServer>();
-  const auto connector = std::make_shared<Waits::LinkedServerConnector>();
-  ASSERT_EQ(ServerWait::Block([&](const Promise<void>& promise) {
-              tether::MarlServer::CreateTetherServer(
-                  [promise, typedServer, connector](tether::ConnectionStatus status,
-                                                    const std::shared_ptr<tether::MarlServer>& server) {
-                    Waits::WaitForMarlServerConnection(promise, typedServer, connector, status, server);
-                  },
-                  tether::kServerConnectionTypeDefault);
-            }),
-            0);
+  const auto connector =
+      ConnectTypedServer(&Waits::WaitForMarlServerConnection, MakeHolder<tether::MarlServer>());
+  ASSERT_TRUE(*connector);
   const auto server = MakeHolder<tether::Server>();
   const auto project = MakeHolder<tether::Project>();
-  EXPECT_EQ(ServerWait::Block([&](const Promise<void>& promise) {
-              (*connector)([promise, server, project](tether::ConnectionStatus status,
-                                                      const std::shared_ptr<tether::Server>& result) {
-                Waits::WaitForServer(promise, tether::File(u"/Shows/A.marlp", false), server, project, status,
-                                     result);
-              });
-            }),
+  EXPECT_EQ(OpenOnGenericServer(*connector, tether::File(u"/Shows/A.marlp", false), server, project),
             kGeneralFailure);
   EXPECT_TRUE(*server);
   EXPECT_FALSE(*project);
