@@ -74,6 +74,18 @@ TEST_F(TetherSourceFrameRoadTest, BlockingRequestDeliversTheServersBytesAndCache
   EXPECT_EQ(Calls(Operation::kGetVideoRenderer), 1u);
 }
 
+TEST_F(TetherSourceFrameRoadTest, ADeliveredFrameIsTracedWithItsTime) {
+  kilncore::debug::TraceCapture trace;
+  kilncore::debug::SetTraceLevel("TetherMedia", 10);
+  backend->Script(Operation::kRenderVideo, Behaviour::Succeed().With(Delivery::kSynchronous));
+  SourceRef source = MakeSource();
+  TetherSource::Frame frame;
+  ASSERT_EQ(GetFrame(*source, kFrame, frame), 0);
+  EXPECT_TRUE(trace.Contains("TetherMedia", "Rendering frame at time 1/24"));
+  EXPECT_TRUE(trace.Contains("TetherMedia", "Frame received at time 1/24"));
+  EXPECT_FALSE(trace.Contains("TetherMedia", "RenderVideo failed"));
+}
+
 TEST_F(TetherSourceFrameRoadTest, CacheOnlyRequestNeverRendersAndAlwaysSucceeds) {
   SourceRef source = MakeSource();
   TetherSource::Frame frame;

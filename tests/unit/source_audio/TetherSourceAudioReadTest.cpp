@@ -2,6 +2,8 @@
 
 #include <Crate/ApplicationType.h>
 
+#include <kilncore/debug/TraceCapture.h>
+
 #include <kilnmediatypes/RatioTime.h>
 #include <tether/testing/Behaviour.h>
 #include <tether/testing/CallRecord.h>
@@ -10,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <string>
 #include <vector>
 
 namespace TetherMedia::testing {
@@ -50,6 +53,20 @@ TEST_F(TetherSourceAudioReadTest, BlockAfterBlockEqualsTheServersSamplesWithOneO
   EXPECT_EQ(Rendered(), static_cast<size_t>(kBlocks));
   EXPECT_EQ(source->GetNextAudioFrame(), int64_t{kBlocks} * kBlock);
   EXPECT_EQ(source->GetAudioBlockCacheSize(), 1u);
+}
+
+TEST_F(TetherSourceAudioReadTest, AResetAndAReadOnAreTracedWithTheirPositions) {
+  kilncore::debug::TraceCapture trace;
+  kilncore::debug::SetTraceLevel("TetherMedia", 10);
+  SourceRef source = MakeSource();
+  AudioBuffer buffer = BufferOf(2, kBlock, 0.0f);
+  ASSERT_EQ(Read(source, buffer, 0), 0);
+  ASSERT_EQ(Read(source, buffer, kBlock), 0);
+  kilncore::debug::SetTraceLevel("TetherMedia", -1);
+  EXPECT_TRUE(trace.Contains("TetherMedia", "Audio reset to position: 0"));
+  EXPECT_TRUE(trace.Contains("TetherMedia",
+                             "Reading audio for position: " + std::to_string(AtFrame(kBlock).GetTicks())));
+  EXPECT_FALSE(trace.Contains("TetherMedia", "Audio reset to position: " + std::to_string(AtFrame(kBlock).GetTicks())));
 }
 
 TEST_F(TetherSourceAudioReadTest, TheReaderIsOpenedForTheItemsLayoutRateAndTheBuffersFrames) {
