@@ -32,9 +32,6 @@ using tether::testing::ScopedBackend;
 using Access = TetherMediaInfoTestAccess;
 using ItemRef = kilncore::classref::InterfaceRef<TetherMediaInfo>;
 
-constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9u);
-constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
-
 // Which fields of the item a row expects to be set once the chain has ended.
 struct Fields {
   bool typed = false;

@@ -29,8 +29,6 @@ using tether::testing::ScopedBackend;
 using Access = TetherMediaInfoTestAccess;
 using ItemRef = kilncore::classref::InterfaceRef<TetherMediaInfo>;
 
-constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9u);
-constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
 constexpr auto kPatience = std::chrono::seconds(10);
 
 int32_t CodeOf(const kilncore::async::Future<void>& future) {

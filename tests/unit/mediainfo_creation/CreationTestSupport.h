@@ -118,6 +118,13 @@ class TetherMediaInfoTestAccess {
 
 namespace testing_support {
 
+// The results of creation, written out here rather than taken from the class,
+// so that a wrong constant there shows.
+constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9u);
+constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
+constexpr int32_t kFileMissing = static_cast<int32_t>(0xA00F0003u);
+constexpr int32_t kNotOffered = static_cast<int32_t>(0xA00F000Cu);
+
 // A folder of empty project files, one per name, removed at the end.
 class ProjectFiles {
  public:

@@ -27,10 +27,6 @@ using tether::testing::ScopedBackend;
 using Access = TetherMediaInfoTestAccess;
 using ItemRef = kilncore::classref::InterfaceRef<TetherMediaInfo>;
 
-constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9u);
-constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
-constexpr int32_t kFileMissing = static_cast<int32_t>(0xA00F0003u);
-
 class FileTypeRoadsTest : public ::testing::Test {
  protected:
   ProjectFiles mFiles;

@@ -38,8 +38,6 @@ using tether::testing::ScopedBackend;
 using Access = TetherMediaInfoTestAccess;
 using ItemRef = kilncore::classref::InterfaceRef<TetherMediaInfo>;
 
-constexpr int32_t kNotOffered = static_cast<int32_t>(0xA00F000Cu);
-
 // The Guid of a running hash over `parts`, each fed as its bytes.
 template <class... Parts>
 kilncore::utility::Guid HashOf(const Parts&... parts) {
@@ -254,11 +252,8 @@ TEST_F(RemoteAssetTest, OpenFarsideAssetHandsBackTheItem) {
   EXPECT_FALSE(prefs.IsEmpty());
 }
 
-
 // ---- Linked assets, reached through the data server the user is logged in to.
 
-constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
-constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9u);
 const ImmutableString kLinkedText(
     "{\"production\":\"Trailer\",\"mediaPath\":\"/Shots/Titles\",\"version\":\"v3\",\"asset\":\"Titles\"}");
 
