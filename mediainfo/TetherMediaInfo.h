@@ -39,6 +39,7 @@
 namespace TetherMedia {
 
 class TetherMediaInfoTestAccess;
+class TetherSource;
 
 // The linked item: one item of another application (a composition of a Marl
 // project, a sequence of a Tolmen project, a Sprocket scene, an Easel
@@ -243,6 +244,9 @@ class TetherMediaInfo : public BaseMediaInfo,
   // Whether a typed handler should stop at once, and Fulfill if so.
   bool StopAtTypedServer(tether::ConnectionStatus status, bool hasServer, bool nextServerIsSet);
   void KeepTypedServer(const std::shared_ptr<tether::GenericServer>& server);
+
+  // The stream object, or null before the chain has made one.
+  kilncore::classref::InterfaceRef<TetherSource> LinkedSource() const;
 
   // The JSON name of the remote asset, as the client library writes it.
   kilncore::WideString AssetNameText() const;

@@ -29,15 +29,21 @@ void Feed(kilncore::utility::HashValueMixerState& state, std::string_view bytes)
   kilncore::utility::UpdateHashState(state, bytes.data(), bytes.size());
 }
 
-// Only TetherMediaInfo stores into the stream slot, and only TetherSources, so
-// the video interface leads back to its TetherSource without a query.
-InterfaceRef<TetherSource> AsTetherSource(const InterfaceRef<KL::IVideoSource>& videoSource) {
-  if (!videoSource) return {};
-  return InterfaceRef<TetherSource>(videoSource.GetOwner(),
-                                    static_cast<TetherSource*>(videoSource.Get()));
-}
-
 }  // namespace
+
+InterfaceRef<TetherSource> TetherMediaInfo::LinkedSource() const {
+  // The reference is copied under the lock, since the chain may store into the
+  // slot on another thread; the copy is then used without it. Only this class
+  // stores into the slot, and only TetherSources, so the video interface leads
+  // back to its TetherSource without a query.
+  InterfaceRef<KL::IVideoSource> videoSource;
+  {
+    ScopedRecursiveLock lock(mMutex);
+    videoSource = mVideoSource;
+  }
+  if (!videoSource) return {};
+  return InterfaceRef<TetherSource>(videoSource.GetOwner(), static_cast<TetherSource*>(videoSource.Get()));
+}
 
 // --- What the chain connected.
 
@@ -127,7 +133,7 @@ int32_t TetherMediaInfo::GetMediaInfoRef(InterfaceRef<KL::IMediaInfo>& outRef) c
 bool TetherMediaInfo::IsLinkedMedia() const { return true; }
 
 bool TetherMediaInfo::HasFrozenUnstretchableRegions() const {
-  const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource);
+  const InterfaceRef<TetherSource> linked = LinkedSource();
   return linked ? linked->HasFrozenUnstretchableRegions() : false;
 }
 
@@ -139,7 +145,7 @@ InterfaceRef<BaseMediaInfo> TetherMediaInfo::GetBaseMediaInfoRef() const {
 kilncore::WideString TetherMediaInfo::GetSourceName() const {
   // A missing stream object is a null-reference failure here, by design: the
   // name is only asked of a connected item.
-  const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource);
+  const InterfaceRef<TetherSource> linked = LinkedSource();
   if (!linked) kilncore::config::DoThrowNullPtrException(kilncore::classref::InterfaceNameOf<TetherSource>());
   return linked->GetName();
 }
@@ -170,23 +176,23 @@ Guid TetherMediaInfo::GetDocumentID() const {
 // --- ITetherMediaInfo: the stream object's flags.
 
 bool TetherMediaInfo::GetUsePreviewFiles() {
-  const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource);
+  const InterfaceRef<TetherSource> linked = LinkedSource();
   return linked ? linked->GetUsePreviewFiles() : false;
 }
 
 void TetherMediaInfo::SetUsePreviewFiles(bool use) {
-  if (const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource)) {
+  if (const InterfaceRef<TetherSource> linked = LinkedSource()) {
     linked->SetUsePreviewFiles(use);
   }
 }
 
 bool TetherMediaInfo::GetUseProxies() {
-  const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource);
+  const InterfaceRef<TetherSource> linked = LinkedSource();
   return linked ? linked->GetUseProxies() : false;
 }
 
 void TetherMediaInfo::SetUseProxies(bool use) {
-  if (const InterfaceRef<TetherSource> linked = AsTetherSource(mVideoSource)) {
+  if (const InterfaceRef<TetherSource> linked = LinkedSource()) {
     linked->SetUseProxies(use);
   }
 }
