@@ -290,6 +290,14 @@ TEST_F(FileTypeRoadsTest, AnswersForTheLinkedItemItself) {
   ASSERT_TRUE(mBackend->WaitForIdle());
 }
 
+TEST_F(FileTypeRoadsTest, LocalItemWithoutSourceHasNoStreams) {
+  ItemRef item = Access::MakeItem();
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Video), 0u);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+  Access::SetExposeAudioAlways(*item, true);
+  EXPECT_EQ(item->GetNumStreams(RL::kMediaType_Audio), 0u);
+}
+
 TEST_F(FileTypeRoadsTest, UnconnectedItemHasNoNameAndNoFlags) {
   ItemRef item = Access::MakeItem();
   EXPECT_EQ(item->GetMediaDisplayName(), u"");
