@@ -349,9 +349,15 @@ TEST_F(LinkedAssetTest, UnusableTextOrNoLoginFailsBeforeAnyServerIsAsked) {
 
 TEST_F(LinkedAssetTest, FailedLinkLeavesTheResultAlone) {
   mBackend->Script(Operation::kOpenFarsideAsset, tether::testing::Behaviour::Fail());
-  kilncore::classref::InterfaceRef<KL::IMediaInfo> result;
+  const kilncore::classref::InterfaceRef<KL::IMediaInfo> earlier(Access::MakeItem());
+  kilncore::classref::InterfaceRef<KL::IMediaInfo> result = earlier;
   EXPECT_EQ(Open(ImmutableString(), kLinkedText, result), kNoLinkedSource);
-  EXPECT_FALSE(result);
+  EXPECT_TRUE(result == earlier);
+  RL::BinaryData prefs;
+  EXPECT_EQ(OpenFarsideAsset(result, prefs, Request("P", "v1", "A"), tether::kFarsideAssetServerTypeMarl,
+                             boost::none),
+            kNoLinkedSource);
+  EXPECT_TRUE(result == earlier);
 }
 
 }  // namespace
