@@ -1,0 +1,62 @@
+// Every composition of every Marl sample, imported the way a host imports an
+// existing clip, reports the duration, rate and size its project file gives.
+
+#include "ModuleRoadTest.h"
+
+#include <RL/MediaType.h>
+#include <RL/RectT.h>
+#include <TetherMedia/Prefs.h>
+
+#include <kilncore/string/UTFConversion.h>
+#include <kilnmediatypes/RatioTime.h>
+
+namespace TetherMedia::integration {
+namespace {
+
+using ImportExamplesTest = ModuleRoadTest;
+using kilncore::classref::InterfaceRef;
+
+TEST_P(ImportExamplesTest, EverySampleCompositionImportsWithItsFilesTiming) {
+  const std::vector<ExampleComposition> all = mExamples.AllCompositions();
+  ASSERT_EQ(all.size(), 8u);  // 1 in simple, 5 in nested, 1 in title, 1 in captioned
+  for (const ExampleComposition& example : all) {
+    const tetherserver::Composition& composition = *example.composition;
+    SCOPED_TRACE(composition.name);
+    const HostClip clip(example.path, composition.id);
+    ASSERT_EQ(clip.ImportResult(), 0);
+    ASSERT_TRUE(clip.Item());
+    const auto video = clip.Video();
+    ASSERT_TRUE(video);
+
+    kilnmediatypes::TickTime duration;
+    ASSERT_GE(InterfaceRef<RL::ISource>(video)->GetDuration(duration), 0);
+    EXPECT_EQ(duration, kilnmediatypes::RatioTimeToTime(composition.Duration()));
+    kilnmediatypes::FrameRate rate;
+    ASSERT_GE(video->GetFrameRate(rate), 0);
+    EXPECT_EQ(rate.GetTicksPerFrame(), composition.FrameTicks());
+    RL::RectT<int> size;
+    ASSERT_GE(video->GetFrameSize(size), 0);
+    EXPECT_EQ(size.Width(), static_cast<int>(composition.width));
+    EXPECT_EQ(size.Height(), static_cast<int>(composition.height));
+    EXPECT_EQ(clip.Item()->GetNumStreams(RL::kMediaType_Audio), composition.audio.HasAudio() ? 1u : 0u);
+  }
+}
+
+TEST_P(ImportExamplesTest, ImportedClipKeepsItsItemInTheReturnedPrefs) {
+  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
+  const HostClip clip(example.path, kSimpleComposition);
+  ASSERT_EQ(clip.ImportResult(), 0);
+  EXPECT_EQ(PrefsToSourceID(clip.Prefs()), kSimpleComposition);
+  EXPECT_EQ(clip.Item()->GetMediaDisplayName(), kilncore::string::UTF8to16("Simple 1080p25/simple.marlp"));
+}
+
+TEST_P(ImportExamplesTest, ItemThatIsNoCompositionOfTheFileEndsWithoutASource) {
+  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
+  const HostClip clip(example.path, kTitleComposition);
+  EXPECT_EQ(static_cast<uint32_t>(clip.ImportResult()), 0xA00703E9u);
+}
+
+TETHER_INSTANTIATE_FOR_BOTH_SERVERS(ImportExamplesTest);
+
+}  // namespace
+}  // namespace TetherMedia::integration

@@ -1,0 +1,71 @@
+#include "ModuleRoadTest.h"
+
+#include <WF/AudioSourcePool.h>
+
+#include <sstream>
+#include <thread>
+
+namespace TetherMedia::integration {
+
+ModuleRoadTest::ModuleRoadTest() : mServer(GetParam()) {}
+
+void ModuleRoadTest::SetUp() {
+  Cache().Clear();
+  Cache().ResetCounters();
+  WF::AudioSourcePool::Create()->Clear();
+}
+
+void ModuleRoadTest::TearDown() {
+  Cache().Clear();
+  WF::AudioSourcePool::Create()->Clear();
+}
+
+uint64_t ModuleRoadTest::ServerFrames() {
+  const Pane::SharedPaneCache::Statistics statistics = Cache().GetStatistics();
+  return statistics.insertions + statistics.replacements;
+}
+
+namespace {
+
+constexpr int32_t kMetRenderInFlight = static_cast<int32_t>(0xF3610004);
+constexpr int32_t kRenderFailed = static_cast<int32_t>(0xA00F0001);
+
+}  // namespace
+
+int32_t GetFrameAsTheHostDoes(const HostClip& clip, kilnmediatypes::TickTime time, const RL::FrameFormat& format,
+                              KL::IVideoSource::Frame& frame) {
+  const auto video = clip.Video();
+  int32_t result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+  const bool settled = WaitUntil([&] {
+    if (result != kMetRenderInFlight) return true;
+    result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+    return result != kMetRenderInFlight;
+  });
+  EXPECT_TRUE(settled) << "the render in flight never finished";
+  if (result == kRenderFailed && !frame && Pane::SharedPaneCache::Instance().Contains(clip.FrameIdentifier(time, format))) {
+    result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+  }
+  return result;
+}
+
+std::optional<tetherserver::FrameStamp> StampOf(const KL::IVideoSource::Frame& frame) {
+  if (!frame) return std::nullopt;
+  return tetherserver::ReadFrameStamp(frame->GetData(), frame->GetDataSize());
+}
+
+bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (!done()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+std::string ModeName(const ::testing::TestParamInfo<ServerMode>& info) {
+  std::ostringstream name;
+  name << info.param;
+  return name.str();
+}
+
+}  // namespace TetherMedia::integration
