@@ -172,27 +172,41 @@ TEST_F(ImportRoadTest, VideoAndAudioStreamsShareTheItemsStreamObject) {
   EXPECT_TRUE(Stream(item, RL::kMediaType_Audio) == audio);
 }
 
-TEST_F(ImportRoadTest, ImportedClipPlaysTheServersSamplesThroughTheHostsAudioSource) {
-  Crate::ScopedApplicationType host(8);  // a host that imports audio rather than conforming it
+// A host that imports audio (8) and one that conforms it (1) each get their
+// own kind of audio source around the item, and both play the server's
+// samples, read through the stream object.
+TEST_F(ImportRoadTest, BothKindsOfAudioSourcePlayTheServersSamples) {
   const InterfaceRef<KL::IMediaInfo> item = Import();
   ASSERT_TRUE(item);
-  const InterfaceRef<DR::IAudioSource> audio(Stream(item, RL::kMediaType_Audio));
-  ASSERT_TRUE(audio);
+  const struct {
+    int32_t host;
+    const char* kind;
+  } hosts[] = {{8, "WF::ImportedAudioSource"}, {1, "WF::ConformedAudioSourceFile"}};
+  for (const auto& [host, kind] : hosts) {
+    SCOPED_TRACE(kind);
+    Crate::ScopedApplicationType playing(host);
+    WF::AudioSourcePool::Create()->Clear();
+    const InterfaceRef<RL::ISource> stream = Stream(item, RL::kMediaType_Audio);
+    ASSERT_TRUE(stream);
+    EXPECT_TRUE(stream.GetOwner()->QueryInterface(kind) != nullptr);
+    const InterfaceRef<DR::IAudioSource> audio(stream);
+    ASSERT_TRUE(audio);
 
-  constexpr int64_t kTicksPerSample = 254016000000 / 48000;
-  constexpr uint32_t kChannels = 2;
-  constexpr uint32_t kFrames = 1024;
-  constexpr int64_t kFirstFrame = 4 * kFrames;
-  kilnaudiotoolkit::AudioBuffer buffer(kChannels, kFrames);
-  ASSERT_EQ(audio->ReadAudio(0, buffer, TickTime(kFirstFrame * kTicksPerSample)), 0);
-  size_t differing = 0;
-  for (uint32_t c = 0; c < kChannels; ++c) {
-    const float* samples = buffer.GetChannel(c);
-    for (uint32_t i = 0; i < kFrames; ++i) {
-      if (samples[i] != tether::testing::ScriptedAudioSample(kFirstFrame + i, c)) ++differing;
+    constexpr int64_t kTicksPerSample = 254016000000 / 48000;
+    constexpr uint32_t kChannels = 2;
+    constexpr uint32_t kFrames = 1024;
+    constexpr int64_t kFirstFrame = 4 * kFrames;
+    kilnaudiotoolkit::AudioBuffer buffer(kChannels, kFrames);
+    ASSERT_EQ(audio->ReadAudio(0, buffer, TickTime(kFirstFrame * kTicksPerSample)), 0);
+    size_t differing = 0;
+    for (uint32_t c = 0; c < kChannels; ++c) {
+      const float* samples = buffer.GetChannel(c);
+      for (uint32_t i = 0; i < kFrames; ++i) {
+        if (samples[i] != tether::testing::ScriptedAudioSample(kFirstFrame + i, c)) ++differing;
+      }
     }
+    EXPECT_EQ(differing, 0u);
   }
-  EXPECT_EQ(differing, 0u);
 }
 
 }  // namespace
