@@ -12,8 +12,6 @@ namespace {
 
 using kilnmediatypes::TickTime;
 
-using AudioTest = ModuleRoadTest;
-
 constexpr uint32_t kBlockFrames = 1024;
 
 // An item of the nested sample: six channels at 48 kHz with a tone on all.
@@ -21,75 +19,64 @@ const kilncore::utility::Guid kSurroundComposition(u"C0000000-0000-4000-8000-000
 // An item of the nested sample: one channel at 44.1 kHz.
 const kilncore::utility::Guid kMonoComposition(u"C0000000-0000-4000-8000-000000000002");
 
-class AudioReader {
- public:
-  AudioReader(const HostClip& clip, const tetherserver::Composition& composition)
-      : mComposition(composition), mAudio(clip.Audio()) {}
-
-  bool HasSource() const { return static_cast<bool>(mAudio); }
+class AudioTest : public ModuleRoadTest {
+ protected:
+  // Imports the composition and takes its audio source as the host does.
+  bool OpenAudio(const std::string& fileName, const kilncore::utility::Guid& id) {
+    if (!ImportClip(fileName, id)) return false;
+    mAudio = mClip->Audio();
+    return static_cast<bool>(mAudio);
+  }
+  void TearDown() override {
+    mAudio = nullptr;
+    ModuleRoadTest::TearDown();
+  }
 
   // Reads the block at sample `first` and counts the samples, over all
   // channels, that differ from the synthesiser's.
   size_t MismatchesInBlockAt(int64_t first) const {
-    const uint32_t channels = mComposition.audio.channelCount;
-    const uint32_t rate = mComposition.audio.sampleRate;
+    const tetherserver::Composition& composition = *mExample.composition;
+    const uint32_t channels = composition.audio.channelCount;
+    const uint32_t rate = composition.audio.sampleRate;
     kilnaudiotoolkit::AudioBuffer buffer(channels, kBlockFrames);
     const TickTime position(first * (TickTime::kTicksPerSecond / rate));
     EXPECT_EQ(mAudio->ReadAudio(0, buffer, position), 0);
     size_t mismatches = 0;
     for (uint32_t c = 0; c < channels; ++c) {
       for (uint32_t i = 0; i < kBlockFrames; ++i) {
-        const float expected = tetherserver::AudioSynthesizer::ExpectedSample(mComposition, rate, first + i, c);
+        const float expected = tetherserver::AudioSynthesizer::ExpectedSample(composition, rate, first + i, c);
         if (buffer.GetChannel(c)[i] != expected) ++mismatches;
       }
     }
     return mismatches;
   }
 
- private:
-  const tetherserver::Composition& mComposition;
   kilncore::classref::InterfaceRef<DR::IAudioSource> mAudio;
 };
 
 TEST_P(AudioTest, StereoBlocksReadOnAreTheCompositionsSamples) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const AudioReader reader(clip, *example.composition);
-  ASSERT_TRUE(reader.HasSource());
+  ASSERT_TRUE(OpenAudio(kSimpleProject, kSimpleComposition));
   for (int64_t block = 0; block < 3; ++block) {
-    EXPECT_EQ(reader.MismatchesInBlockAt(block * kBlockFrames), 0u) << "block " << block;
+    EXPECT_EQ(MismatchesInBlockAt(block * kBlockFrames), 0u) << "block " << block;
   }
 }
 
 TEST_P(AudioTest, ReadAfterAJumpIsTheCompositionsSamplesAtTheNewPosition) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const AudioReader reader(clip, *example.composition);
-  ASSERT_TRUE(reader.HasSource());
-  EXPECT_EQ(reader.MismatchesInBlockAt(0), 0u);
-  EXPECT_EQ(reader.MismatchesInBlockAt(48000 * 7 + 13), 0u);
-  EXPECT_EQ(reader.MismatchesInBlockAt(4096), 0u);
+  ASSERT_TRUE(OpenAudio(kSimpleProject, kSimpleComposition));
+  EXPECT_EQ(MismatchesInBlockAt(0), 0u);
+  EXPECT_EQ(MismatchesInBlockAt(48000 * 7 + 13), 0u);
+  EXPECT_EQ(MismatchesInBlockAt(4096), 0u);
 }
 
 TEST_P(AudioTest, SixChannelBlockIsTheCompositionsSamples) {
-  const ExampleComposition example = mExamples.Find("nested.marlp", kSurroundComposition);
-  const HostClip clip(example.path, kSurroundComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const AudioReader reader(clip, *example.composition);
-  ASSERT_TRUE(reader.HasSource());
-  EXPECT_EQ(reader.MismatchesInBlockAt(2048), 0u);
+  ASSERT_TRUE(OpenAudio("nested.marlp", kSurroundComposition));
+  EXPECT_EQ(MismatchesInBlockAt(2048), 0u);
 }
 
 TEST_P(AudioTest, MonoBlockAtItsOwnRateIsTheCompositionsSamples) {
-  const ExampleComposition example = mExamples.Find("nested.marlp", kMonoComposition);
-  const HostClip clip(example.path, kMonoComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const AudioReader reader(clip, *example.composition);
-  ASSERT_TRUE(reader.HasSource());
-  EXPECT_EQ(reader.MismatchesInBlockAt(0), 0u);
-  EXPECT_EQ(reader.MismatchesInBlockAt(kBlockFrames), 0u);
+  ASSERT_TRUE(OpenAudio("nested.marlp", kMonoComposition));
+  EXPECT_EQ(MismatchesInBlockAt(0), 0u);
+  EXPECT_EQ(MismatchesInBlockAt(kBlockFrames), 0u);
 }
 
 TETHER_INSTANTIATE_FOR_BOTH_SERVERS(AudioTest);

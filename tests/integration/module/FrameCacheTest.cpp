@@ -4,9 +4,6 @@
 
 #include "ModuleRoadTest.h"
 
-#include <kilnmediatypes/PixelFormat.h>
-#include <kilnmediatypes/RatioTime.h>
-
 #include <barrier>
 #include <thread>
 
@@ -16,30 +13,21 @@ namespace {
 using kilncore::utility::Guid;
 using kilnmediatypes::TickTime;
 
-using FrameCacheTest = ModuleRoadTest;
-
-class OpenedSimpleClip : public FrameCacheTest {
+// Each test starts with the simple sample imported and a frame format settled.
+class FrameCacheTest : public ModuleRoadTest {
  protected:
   void SetUp() override {
-    FrameCacheTest::SetUp();
-    mExample = mExamples.Find(kSimpleProject, kSimpleComposition);
-    mClip.emplace(mExample.path, kSimpleComposition);
-    ASSERT_EQ(mClip->ImportResult(), 0);
-    mFormat = mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
-    mTime = kilnmediatypes::RatioTimeToTime(mExample.composition->FramesToTime(77));
-  }
-  void TearDown() override {
-    mClip.reset();
-    FrameCacheTest::TearDown();
+    ModuleRoadTest::SetUp();
+    ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+    mFormat = SettledBGRA();
+    mTime = FrameTime(77);
   }
 
-  ExampleComposition mExample;
-  std::optional<HostClip> mClip;
   RL::FrameFormat mFormat;
   TickTime mTime;
 };
 
-TEST_P(OpenedSimpleClip, CacheOnlyLookFindsTheFrameOfAnEarlierBackgroundRender) {
+TEST_P(FrameCacheTest, CacheOnlyLookFindsTheFrameOfAnEarlierBackgroundRender) {
   ASSERT_EQ(mClip->AsyncVideo()->RenderFrameAsync(mTime, mFormat, mClip->Prefs()), 0);
   // A background render gives no notice: the host finds its frame later.
   ASSERT_TRUE(WaitUntil([&] { return !mClip->AsyncVideo()->IsFramePending(mTime, mFormat, 0, mClip->Prefs()); }));
@@ -56,7 +44,7 @@ TEST_P(OpenedSimpleClip, CacheOnlyLookFindsTheFrameOfAnEarlierBackgroundRender) 
   EXPECT_GE(Cache().GetStatistics().hits, 1u);
 }
 
-TEST_P(OpenedSimpleClip, CacheOnlyLookAtAFrameNeverRenderedFindsNothingAndAsksNoServer) {
+TEST_P(FrameCacheTest, CacheOnlyLookAtAFrameNeverRenderedFindsNothingAndAsksNoServer) {
   KL::IVideoSource::Frame frame;
   EXPECT_EQ(mClip->Video()->GetFrame(mTime, mFormat, mClip->Prefs(), true, frame), 0);
   EXPECT_FALSE(frame);
@@ -64,7 +52,7 @@ TEST_P(OpenedSimpleClip, CacheOnlyLookAtAFrameNeverRenderedFindsNothingAndAsksNo
   EXPECT_EQ(ServerFrames(), 0u);
 }
 
-TEST_P(OpenedSimpleClip, BackgroundRenderOfACachedFrameAsksNoServer) {
+TEST_P(FrameCacheTest, BackgroundRenderOfACachedFrameAsksNoServer) {
   KL::IVideoSource::Frame frame;
   ASSERT_EQ(GetFrameAsTheHostDoes(*mClip, mTime, mFormat, frame), 0);
   ASSERT_EQ(ServerFrames(), 1u);
@@ -73,7 +61,7 @@ TEST_P(OpenedSimpleClip, BackgroundRenderOfACachedFrameAsksNoServer) {
   EXPECT_EQ(ServerFrames(), 1u);
 }
 
-TEST_P(OpenedSimpleClip, TwoThreadsAskingForOneFrameAtOnceCostOneServerRender) {
+TEST_P(FrameCacheTest, TwoThreadsAskingForOneFrameAtOnceCostOneServerRender) {
   std::barrier start(2);
   KL::IVideoSource::Frame frames[2];
   int32_t results[2] = {-1, -1};
@@ -98,7 +86,7 @@ TEST_P(OpenedSimpleClip, TwoThreadsAskingForOneFrameAtOnceCostOneServerRender) {
   EXPECT_EQ(ServerFrames(), 1u);
 }
 
-TETHER_INSTANTIATE_FOR_BOTH_SERVERS(OpenedSimpleClip);
+TETHER_INSTANTIATE_FOR_BOTH_SERVERS(FrameCacheTest);
 
 }  // namespace
 }  // namespace TetherMedia::integration

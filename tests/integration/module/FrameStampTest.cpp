@@ -5,7 +5,6 @@
 #include "ModuleRoadTest.h"
 
 #include <kilnmediatypes/PixelFormat.h>
-#include <kilnmediatypes/RatioTime.h>
 
 #include <algorithm>
 #include <vector>
@@ -13,7 +12,6 @@
 namespace TetherMedia::integration {
 namespace {
 
-using kilncore::classref::InterfaceRef;
 using kilnmediatypes::TickTime;
 using tetherserver::FrameStamp;
 
@@ -33,53 +31,9 @@ FrameStamp StampAt(const HostClip& clip, TickTime time, const RL::FrameFormat& f
   return stamp.value_or(FrameStamp{});
 }
 
-TickTime FrameTime(const tetherserver::Composition& composition, int64_t frame) {
-  return kilnmediatypes::RatioTimeToTime(composition.FramesToTime(frame));
-}
-
-TEST_P(FrameStampTest, FramesCarryTheRequestedTimeAndSettledFormat) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const RL::FrameFormat format = clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
-  ASSERT_EQ(format.pixelFormat, kilnmediatypes::kPixelFormat_BGRA_4444_8u);
-  ASSERT_EQ(format.width, 1920);
-  ASSERT_EQ(format.height, 1080);
-
-  for (const int64_t frameNumber : {0, 1, 100, 249}) {
-    SCOPED_TRACE(frameNumber);
-    const TickTime time = FrameTime(*example.composition, frameNumber);
-    const KL::IVideoSource::Frame frame = Frame(clip, time, format);
-    ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->GetIdentifier(), clip.FrameIdentifier(time, format));
-    const std::optional<FrameStamp> stamp = StampOf(frame);
-    ASSERT_TRUE(stamp);
-    EXPECT_EQ(stamp->ticks, time.GetTicks());
-    EXPECT_EQ(stamp->frameNumber, frameNumber);
-    EXPECT_EQ(stamp->width, 1920);
-    EXPECT_EQ(stamp->height, 1080);
-    EXPECT_EQ(stamp->pixelFormatCode, FrameStamp::PixelFormatCode(format.pixelFormat.fourcc));
-    EXPECT_EQ(stamp->contentState, example.project->GetContentState(kSimpleComposition));
-  }
-}
-
-TEST_P(FrameStampTest, TimeBetweenFramesIsStampedWithTheFrameThatHoldsIt) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const RL::FrameFormat format = clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
-  const TickTime time(FrameTime(*example.composition, 10).GetTicks() + 1000);
-  const FrameStamp stamp = StampAt(clip, time, format);
-  EXPECT_EQ(stamp.ticks, time.GetTicks());
-  EXPECT_EQ(stamp.frameNumber, 10);
-}
-
-TEST_P(FrameStampTest, SmallerSettledSizeIsTheSizeRendered) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const RL::FrameFormat format =
-      clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u, 960, 540));
+// `format` is settled at half the simple sample's size, and its frame is drawn
+// at that size without down-sampling.
+void ExpectHalfSizeFrameInFullDetail(const HostClip& clip, const RL::FrameFormat& format) {
   ASSERT_EQ(format.width, 960);
   ASSERT_EQ(format.height, 540);
   const FrameStamp stamp = StampAt(clip, TickTime(0), format);
@@ -88,19 +42,57 @@ TEST_P(FrameStampTest, SmallerSettledSizeIsTheSizeRendered) {
   EXPECT_FALSE(stamp.ResolutionReduced());
 }
 
+TEST_P(FrameStampTest, FramesCarryTheRequestedTimeAndSettledFormat) {
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+  const RL::FrameFormat format = SettledBGRA();
+  ASSERT_EQ(format.pixelFormat, kilnmediatypes::kPixelFormat_BGRA_4444_8u);
+  ASSERT_EQ(format.width, 1920);
+  ASSERT_EQ(format.height, 1080);
+
+  for (const int64_t frameNumber : {0, 1, 100, 249}) {
+    SCOPED_TRACE(frameNumber);
+    const TickTime time = FrameTime(frameNumber);
+    const KL::IVideoSource::Frame frame = Frame(*mClip, time, format);
+    ASSERT_TRUE(frame);
+    EXPECT_EQ(frame->GetIdentifier(), mClip->FrameIdentifier(time, format));
+    const std::optional<FrameStamp> stamp = StampOf(frame);
+    ASSERT_TRUE(stamp);
+    EXPECT_EQ(stamp->ticks, time.GetTicks());
+    EXPECT_EQ(stamp->frameNumber, frameNumber);
+    EXPECT_EQ(stamp->width, 1920);
+    EXPECT_EQ(stamp->height, 1080);
+    EXPECT_EQ(stamp->pixelFormatCode, FrameStamp::PixelFormatCode(format.pixelFormat.fourcc));
+    EXPECT_EQ(stamp->contentState, mExample.project->GetContentState(kSimpleComposition));
+  }
+  // However often the host had to ask again, each frame was rendered once.
+  EXPECT_EQ(ServerFrames(), 4u);
+}
+
+TEST_P(FrameStampTest, TimeBetweenFramesIsStampedWithTheFrameThatHoldsIt) {
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+  const TickTime time(FrameTime(10).GetTicks() + 1000);
+  const FrameStamp stamp = StampAt(*mClip, time, SettledBGRA());
+  EXPECT_EQ(stamp.ticks, time.GetTicks());
+  EXPECT_EQ(stamp.frameNumber, 10);
+}
+
+TEST_P(FrameStampTest, SmallerSettledSizeIsTheSizeRendered) {
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+  const RL::FrameFormat format =
+      mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u, 960, 540));
+  ExpectHalfSizeFrameInFullDetail(*mClip, format);
+}
+
 TEST_P(FrameStampTest, FloatFormatOfferedByTheItemIsRenderedAsFloat) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
   std::vector<kilnmediatypes::PixelFormat> native;
-  ASSERT_GE(clip.Video()->GetNativePixelFormats(native), 0);
+  ASSERT_GE(mClip->Video()->GetNativePixelFormats(native), 0);
   ASSERT_NE(std::find(native.begin(), native.end(), kilnmediatypes::kPixelFormat_RGBA_4444_32f), native.end());
 
   const RL::FrameFormat format =
-      clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_RGBA_4444_32f));
+      mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_RGBA_4444_32f));
   ASSERT_EQ(format.pixelFormat.fourcc, kilnmediatypes::kPixelFormat_RGBA_4444_32f.fourcc);
-  const TickTime time = FrameTime(*example.composition, 42);
-  const KL::IVideoSource::Frame frame = Frame(clip, time, format);
+  const KL::IVideoSource::Frame frame = Frame(*mClip, FrameTime(42), format);
   ASSERT_TRUE(frame);
   EXPECT_EQ(frame->GetDataSize(), size_t{1920} * 1080 * 16);
   const std::optional<FrameStamp> stamp = StampOf(frame);
@@ -110,63 +102,51 @@ TEST_P(FrameStampTest, FloatFormatOfferedByTheItemIsRenderedAsFloat) {
 }
 
 TEST_P(FrameStampTest, GuideLayersFollowTheClipsRenderOptions) {
-  const ExampleComposition example = mExamples.Find(kTitleTemplate, kTitleComposition);
   tether::MarlRenderOptions guides;
   guides.renderGuideLayers = true;
-  const HostClip withGuides(example.path, kTitleComposition, &guides);
-  ASSERT_EQ(withGuides.ImportResult(), 0);
+  ASSERT_TRUE(ImportClip(kTitleTemplate, kTitleComposition, &guides));
+  // A second clip of the same item without guides.
   const HostClip plain(mExamples.SecondCopy(kTitleTemplate), kTitleComposition);
   ASSERT_EQ(plain.ImportResult(), 0);
 
-  const RL::FrameFormat format =
-      withGuides.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
-  const TickTime time = FrameTime(*example.composition, 30);
-  const FrameStamp guided = StampAt(withGuides, time, format);
+  const RL::FrameFormat format = SettledBGRA();
+  const TickTime time = FrameTime(30);
+  const FrameStamp guided = StampAt(*mClip, time, format);
   const FrameStamp unguided = StampAt(plain, time, format);
   EXPECT_TRUE(guided.GuideLayersDrawn());
   EXPECT_FALSE(unguided.GuideLayersDrawn());
   EXPECT_NE(guided.optionsHash, unguided.optionsHash);
   // Two different pictures of one time must not share a cache entry.
-  EXPECT_NE(withGuides.FrameIdentifier(time, format), plain.FrameIdentifier(time, format));
+  EXPECT_NE(mClip->FrameIdentifier(time, format), plain.FrameIdentifier(time, format));
   EXPECT_EQ(ServerFrames(), 2u);
 }
 
 TEST_P(FrameStampTest, DownSamplingInTheOpaqueDataReducesTheResolutionRendered) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
   tether::MarlRenderOptions halved;
   halved.downSampleX = 2;
   halved.downSampleY = 2;
-  const HostClip clip(example.path, kSimpleComposition, &halved);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const RL::FrameFormat format = clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition, &halved));
+  const RL::FrameFormat format = SettledBGRA();
   ASSERT_EQ(format.width, 1920);
-  const FrameStamp stamp = StampAt(clip, TickTime(0), format);
+  const FrameStamp stamp = StampAt(*mClip, TickTime(0), format);
   EXPECT_TRUE(stamp.ResolutionReduced());
   EXPECT_EQ(stamp.width, 1920);
   EXPECT_EQ(stamp.height, 1080);
 }
 
 TEST_P(FrameStampTest, PatchedDownSamplingShrinksTheItemAndRendersItsNewSize) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
   tether::MarlRenderOptions patched;
   patched.downSampleX = 2;
   patched.downSampleY = 2;
   patched.needsToPatchSourceForDownsample = true;
-  const HostClip clip(example.path, kSimpleComposition, &patched);
-  ASSERT_EQ(clip.ImportResult(), 0);
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition, &patched));
   RL::RectT<int> size;
-  ASSERT_GE(clip.Video()->GetFrameSize(size), 0);
+  ASSERT_GE(mClip->Video()->GetFrameSize(size), 0);
   EXPECT_EQ(size.Width(), 960);
   EXPECT_EQ(size.Height(), 540);
 
-  const RL::FrameFormat format = clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
-  ASSERT_EQ(format.width, 960);
-  ASSERT_EQ(format.height, 540);
-  const FrameStamp stamp = StampAt(clip, TickTime(0), format);
-  EXPECT_EQ(stamp.width, 960);
-  EXPECT_EQ(stamp.height, 540);
-  // The host asked for the reduced size itself, so the server draws it in full.
-  EXPECT_FALSE(stamp.ResolutionReduced());
+  // The host asks for the reduced size itself, so the server draws it in full.
+  ExpectHalfSizeFrameInFullDetail(*mClip, SettledBGRA());
 }
 
 TETHER_INSTANTIATE_FOR_BOTH_SERVERS(FrameStampTest);

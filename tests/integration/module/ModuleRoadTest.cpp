@@ -1,6 +1,8 @@
 #include "ModuleRoadTest.h"
 
 #include <WF/AudioSourcePool.h>
+#include <kilnmediatypes/PixelFormat.h>
+#include <kilnmediatypes/RatioTime.h>
 
 #include <sstream>
 #include <thread>
@@ -16,8 +18,24 @@ void ModuleRoadTest::SetUp() {
 }
 
 void ModuleRoadTest::TearDown() {
+  mClip.reset();
   Cache().Clear();
   WF::AudioSourcePool::Create()->Clear();
+}
+
+bool ModuleRoadTest::ImportClip(const std::string& fileName, const kilncore::utility::Guid& id,
+                                const tether::MarlRenderOptions* options) {
+  mExample = mExamples.Find(fileName, id);
+  mClip.emplace(mExample.path, id, options);
+  return mClip->ImportResult() == 0;
+}
+
+RL::FrameFormat ModuleRoadTest::SettledBGRA() const {
+  return mClip->Select(kilnmediatypes::TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
+}
+
+kilnmediatypes::TickTime ModuleRoadTest::FrameTime(int64_t frame) const {
+  return kilnmediatypes::RatioTimeToTime(mExample.composition->FramesToTime(frame));
 }
 
 uint64_t ModuleRoadTest::ServerFrames() {

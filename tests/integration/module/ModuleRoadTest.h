@@ -15,6 +15,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace TetherMedia::integration {
 
@@ -30,6 +31,16 @@ class ModuleRoadTest : public ::testing::TestWithParam<ServerMode> {
   // before the link goes.
   void TearDown() override;
 
+  // Imports composition `id` of the sample `fileName` into mClip, with
+  // `options` as the clip's render options; mExample tells what the file says
+  // of it. True if the import succeeded.
+  bool ImportClip(const std::string& fileName, const kilncore::utility::Guid& id,
+                  const tether::MarlRenderOptions* options = nullptr);
+  // Full-size 8-bit BGRA, as mClip's video stream settles it.
+  RL::FrameFormat SettledBGRA() const;
+  // The time of frame `frame` of mExample's composition.
+  kilnmediatypes::TickTime FrameTime(int64_t frame) const;
+
   static Pane::SharedPaneCache& Cache() { return Pane::SharedPaneCache::Instance(); }
   // Frames the server delivered since SetUp: each delivered frame enters the
   // cache once.
@@ -38,6 +49,8 @@ class ModuleRoadTest : public ::testing::TestWithParam<ServerMode> {
   Crate::ScopedApplicationType mHost{5};
   LinkedServer mServer;
   ExampleProjects mExamples;
+  ExampleComposition mExample;
+  std::optional<HostClip> mClip;
 };
 
 // A blocking request as the host makes it: asked again while it meets a

@@ -4,7 +4,6 @@
 #include "ModuleRoadTest.h"
 
 #include <kilnmediatypes/PixelFormat.h>
-#include <kilnmediatypes/RatioTime.h>
 #include <kilncore/string/UTFConversion.h>
 
 #include <fcntl.h>
@@ -100,10 +99,9 @@ TEST_P(ServerLossTest, ServerKilledDuringAnImportFailsItPromptly) {
 // The server is stopped before the request goes out and killed while the
 // request waits for it: the render can only be in flight, never finished.
 TEST_P(ServerLossTest, ServerKilledDuringABlockingRenderFailsItPromptly) {
-  const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
-  const HostClip clip(example.path, kSimpleComposition);
-  ASSERT_EQ(clip.ImportResult(), 0);
-  const RL::FrameFormat format = clip.Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u));
+  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+  const HostClip& clip = *mClip;
+  const RL::FrameFormat format = SettledBGRA();
   KL::IVideoSource::Frame first;
   // The renderer for these options now exists, so the render below is one
   // request to the server.
@@ -112,7 +110,7 @@ TEST_P(ServerLossTest, ServerKilledDuringABlockingRenderFailsItPromptly) {
   ASSERT_GT(server, 0);
 
   ASSERT_EQ(::kill(server, SIGSTOP), 0);
-  const TickTime time = kilnmediatypes::RatioTimeToTime(example.composition->FramesToTime(50));
+  const TickTime time = FrameTime(50);
   auto render = std::async(std::launch::async, [&] {
     KL::IVideoSource::Frame frame;
     const int32_t result = clip.Video()->GetFrame(time, format, clip.Prefs(), false, frame);
