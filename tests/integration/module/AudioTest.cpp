@@ -79,6 +79,13 @@ TEST_P(AudioTest, MonoBlockAtItsOwnRateIsTheCompositionsSamples) {
   EXPECT_EQ(MismatchesInBlockAt(kBlockFrames), 0u);
 }
 
+TEST_P(AudioTest, BlockAcrossTheEndIsSilentPastTheEnd) {
+  ASSERT_TRUE(OpenAudio(kSimpleProject, kSimpleComposition));
+  const int64_t end = tetherserver::AudioSynthesizer::SampleCount(*mExample.composition, 48000);
+  ASSERT_EQ(end, 480000);
+  EXPECT_EQ(MismatchesInBlockAt(end - kBlockFrames / 2), 0u);
+}
+
 TETHER_INSTANTIATE_FOR_BOTH_SERVERS(AudioTest);
 
 }  // namespace

@@ -83,6 +83,25 @@ TEST_P(FrameStampTest, SmallerSettledSizeIsTheSizeRendered) {
   ExpectHalfSizeFrameInFullDetail(*mClip, format);
 }
 
+TEST_P(FrameStampTest, NativeFormatOfAFieldedItemIsItsSizeAndFieldOrder) {
+  // The lower-field SD composition of the nested sample, non-square pixels.
+  const kilncore::utility::Guid fielded(u"C0000000-0000-4000-8000-000000000003");
+  ASSERT_TRUE(ImportClip("nested.marlp", fielded));
+  RL::FrameFormat wanted;
+  wanted.pixelFormat = kilnmediatypes::kPixelFormat_BGRA_4444_8u;
+  const RL::FrameFormat format = mClip->Select(TickTime(0), wanted);
+  EXPECT_EQ(format.width, 720);
+  EXPECT_EQ(format.height, 480);
+  EXPECT_EQ(format.fieldType, kilnmediatypes::FieldType(2));
+  EXPECT_EQ(format.pixelAspectRatio, kilnmediatypes::PixelAspectRatio(10, 11));
+
+  const FrameStamp stamp = StampAt(*mClip, FrameTime(5), format);
+  EXPECT_EQ(stamp.fieldType, 2);
+  EXPECT_EQ(stamp.width, 720);
+  EXPECT_EQ(stamp.height, 480);
+  EXPECT_EQ(stamp.frameNumber, 5);
+}
+
 TEST_P(FrameStampTest, FloatFormatOfferedByTheItemIsRenderedAsFloat) {
   ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
   std::vector<kilnmediatypes::PixelFormat> native;

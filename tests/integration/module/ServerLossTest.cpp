@@ -1,23 +1,25 @@
-// A server that dies under the host: an import or a blocking render in flight
-// ends at once with a failure code, and the next import starts a fresh server.
+// A server that stalls or dies under the host: an import or a blocking render
+// in flight ends at once, with a failure code when the server died and with
+// the code of the host's cancel when the host gave up, and the next import
+// after a death starts a fresh server.
 
+#include "BlockingProjectFile.h"
 #include "ModuleRoadTest.h"
 
 #include <kilnmediatypes/PixelFormat.h>
-#include <kilncore/string/UTFConversion.h>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <future>
+#include <utility>
 
 namespace TetherMedia::integration {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using kilnmediatypes::TickTime;
+using Outcome = std::pair<int32_t, Clock::time_point>;
+using kilncore::classref::InterfaceRef;
 
 // Well under a second on any machine; the margin keeps busy CI machines green.
 constexpr auto kPromptly = std::chrono::seconds(2);
@@ -25,9 +27,62 @@ constexpr auto kPromptly = std::chrono::seconds(2);
 constexpr int32_t kNoLinkedSource = static_cast<int32_t>(0xA00703E9);
 // A blocking render whose request failed with the link's (positive) status.
 constexpr int32_t kRenderFailed = static_cast<int32_t>(0xA00F0001);
+// A wait ended by the host's cancel of the source's requests.
+constexpr int32_t kUserCanceled = static_cast<int32_t>(0xA00F0007);
+// A wait ended by the host's cancel of that one frame.
+constexpr int32_t kRenderCanceled = -6;
 
+// Stopping and killing the server needs a server process of its own, so these
+// tests run over the child-process server only.
 class ServerLossTest : public ModuleRoadTest {
  protected:
+  void TearDown() override {
+    // A stalled render must end before the clip goes.
+    if (mStopped) Signal(SIGCONT);
+    if (mRender.valid()) mRender.wait();
+    ModuleRoadTest::TearDown();
+  }
+
+  // Imports the simple sample and pulls one frame, so that the renderer for
+  // the format exists; then stops the server and starts a blocking render of
+  // another frame on a thread of its own. Returns once that render is pending:
+  // stopped before it could be sent, the server can't have answered it.
+  void StartStalledRender() {
+    ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
+    mFormat = SettledBGRA();
+    KL::IVideoSource::Frame first;
+    ASSERT_EQ(GetFrameAsTheHostDoes(*mClip, TickTime(0), mFormat, first), 0);
+    mServerProcess = mServer.ServerProcessId();
+    ASSERT_GT(mServerProcess, 0);
+
+    Signal(SIGSTOP);
+    mTime = FrameTime(50);
+    mRender = std::async(std::launch::async, [this] {
+      KL::IVideoSource::Frame frame;
+      const int32_t result = mClip->Video()->GetFrame(mTime, mFormat, mClip->Prefs(), false, frame);
+      return Outcome(result, Clock::now());
+    });
+    ASSERT_TRUE(WaitUntil([this] { return IsPending(); }));
+  }
+
+  bool IsPending() const { return mClip->AsyncVideo()->IsFramePending(mTime, mFormat, 0, mClip->Prefs()); }
+
+  // Signals the server this test started; SIGKILL and SIGCONT end the stop.
+  void Signal(int signal) {
+    ASSERT_EQ(::kill(mServerProcess, signal), 0);
+    mStopped = signal == SIGSTOP;
+  }
+
+  // The stalled render's result and how long after `since` it came.
+  std::pair<int32_t, Clock::duration> RenderOutcome(Clock::time_point since) {
+    if (mRender.wait_for(std::chrono::seconds(10)) != std::future_status::ready) {
+      ADD_FAILURE() << "the stalled render never ended";
+      return {0, Clock::duration::max()};
+    }
+    const Outcome outcome = mRender.get();
+    return {outcome.first, outcome.second - since};
+  }
+
   // A clip of the simple sample from a copy of its own, with a frame pulled
   // through it: the link works after a loss.
   void ExpectAFreshServerServesTheNextImport(pid_t lostServer) {
@@ -40,35 +95,12 @@ class ServerLossTest : public ModuleRoadTest {
     ASSERT_EQ(GetFrameAsTheHostDoes(clip, TickTime(0), format, frame), 0);
     EXPECT_TRUE(StampOf(frame));
   }
-};
 
-// A project file that is a named pipe: the server that opens it to read the
-// project blocks until a writer comes, and the writer's open returns only once
-// the server is reading. So an import of it is known to be in flight inside the
-// server, with nothing timed.
-class BlockingProjectFile {
- public:
-  explicit BlockingProjectFile(const std::filesystem::path& path) : mPath(path) {
-    EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
-  }
-  ~BlockingProjectFile() {
-    if (mWriter >= 0) ::close(mWriter);
-  }
-  // Blocks until a reader has opened the file.
-  bool WaitForReader() {
-    mWriter = ::open(mPath.c_str(), O_WRONLY);
-    return mWriter >= 0;
-  }
-  // Lets a writer blocked in WaitForReader go on, if nobody else did.
-  void ReleaseWriter() const {
-    const int reader = ::open(mPath.c_str(), O_RDONLY | O_NONBLOCK);
-    if (reader >= 0) ::close(reader);
-  }
-  kilncore::WideString Path() const { return kilncore::string::UTF8to16(mPath.string()); }
-
- private:
-  std::filesystem::path mPath;
-  int mWriter = -1;
+  pid_t mServerProcess = 0;
+  bool mStopped = false;
+  RL::FrameFormat mFormat;
+  TickTime mTime;
+  std::future<Outcome> mRender;
 };
 
 TEST_P(ServerLossTest, ServerKilledDuringAnImportFailsItPromptly) {
@@ -78,7 +110,7 @@ TEST_P(ServerLossTest, ServerKilledDuringAnImportFailsItPromptly) {
     const Clock::time_point ended = Clock::now();
     // Had the server never opened the file, the writer would wait for ever.
     project.ReleaseWriter();
-    return std::make_pair(clip.ImportResult(), ended);
+    return Outcome(clip.ImportResult(), ended);
   });
   ASSERT_TRUE(project.WaitForReader());
   ASSERT_EQ(import.wait_for(std::chrono::seconds(0)), std::future_status::timeout)
@@ -96,36 +128,48 @@ TEST_P(ServerLossTest, ServerKilledDuringAnImportFailsItPromptly) {
   ExpectAFreshServerServesTheNextImport(server);
 }
 
-// The server is stopped before the request goes out and killed while the
-// request waits for it: the render can only be in flight, never finished.
 TEST_P(ServerLossTest, ServerKilledDuringABlockingRenderFailsItPromptly) {
-  ASSERT_TRUE(ImportClip(kSimpleProject, kSimpleComposition));
-  const HostClip& clip = *mClip;
-  const RL::FrameFormat format = SettledBGRA();
-  KL::IVideoSource::Frame first;
-  // The renderer for these options now exists, so the render below is one
-  // request to the server.
-  ASSERT_EQ(GetFrameAsTheHostDoes(clip, TickTime(0), format, first), 0);
-  const pid_t server = mServer.ServerProcessId();
-  ASSERT_GT(server, 0);
-
-  ASSERT_EQ(::kill(server, SIGSTOP), 0);
-  const TickTime time = FrameTime(50);
-  auto render = std::async(std::launch::async, [&] {
-    KL::IVideoSource::Frame frame;
-    const int32_t result = clip.Video()->GetFrame(time, format, clip.Prefs(), false, frame);
-    return std::make_pair(result, Clock::now());
-  });
-  const bool pending = WaitUntil([&] { return clip.AsyncVideo()->IsFramePending(time, format, 0, clip.Prefs()); });
+  ASSERT_NO_FATAL_FAILURE(StartStalledRender());
   const Clock::time_point killed = Clock::now();
-  ASSERT_EQ(::kill(server, SIGKILL), 0);
-  ASSERT_TRUE(pending);
-  ASSERT_EQ(render.wait_for(std::chrono::seconds(10)), std::future_status::ready);
-  const auto [result, ended] = render.get();
+  Signal(SIGKILL);
+  const auto [result, took] = RenderOutcome(killed);
   EXPECT_EQ(result, kRenderFailed);
-  EXPECT_LT(ended - killed, kPromptly);
+  EXPECT_LT(took, kPromptly);
+  EXPECT_FALSE(IsPending());
 
-  ExpectAFreshServerServesTheNextImport(server);
+  ExpectAFreshServerServesTheNextImport(mServerProcess);
+}
+
+TEST_P(ServerLossTest, HostCancelReleasesAStalledRenderWhoseFrameStillReachesTheCache) {
+  ASSERT_NO_FATAL_FAILURE(StartStalledRender());
+  const uint64_t framesBefore = ServerFrames();
+  const Clock::time_point cancelled = Clock::now();
+  ASSERT_GE(InterfaceRef<RL::ISource>(mClip->Video())->CancelPendingRequests(), 0);
+  const auto [result, took] = RenderOutcome(cancelled);
+  EXPECT_EQ(result, kUserCanceled);
+  EXPECT_LT(took, kPromptly);
+
+  // The request still stands at the server: once it goes on, its frame comes
+  // into the cache, where the host's next look finds it.
+  Signal(SIGCONT);
+  ASSERT_TRUE(WaitUntil([this] { return !IsPending(); }));
+  KL::IVideoSource::Frame frame;
+  ASSERT_EQ(mClip->Video()->GetFrame(mTime, mFormat, mClip->Prefs(), true, frame), 0);
+  ASSERT_TRUE(frame);
+  ASSERT_TRUE(StampOf(frame));
+  EXPECT_EQ(StampOf(frame)->frameNumber, 50);
+  EXPECT_EQ(ServerFrames(), framesBefore + 1);
+}
+
+TEST_P(ServerLossTest, CancelOfTheFrameReleasesAStalledRenderAndLeavesNothingPending) {
+  ASSERT_NO_FATAL_FAILURE(StartStalledRender());
+  const Clock::time_point cancelled = Clock::now();
+  ASSERT_GE(mClip->AsyncVideo()->CancelFrameRender(mTime, mFormat, mClip->Prefs()), 0);
+  const auto [result, took] = RenderOutcome(cancelled);
+  EXPECT_EQ(result, kRenderCanceled);
+  EXPECT_LT(took, kPromptly);
+  EXPECT_FALSE(IsPending());
+  Signal(SIGCONT);
 }
 
 INSTANTIATE_TEST_SUITE_P(ChildProcessServer, ServerLossTest, ::testing::Values(ServerMode::kChildProcess), ModeName);
