@@ -1,6 +1,7 @@
 // tetherhost: the reference host. It starts the host's platform, loads the
-// module through its exported entry points and the importer factory, and shows
-// what the module answers.
+// module through its exported entry points and the importer factory, and uses
+// it as a host does: lists a project's compositions, imports one and pulls its
+// frames and audio, or plays it. `demo` shows the module's start-up alone.
 
 #include <TetherMedia/Lifecycle.h>
 #include <TetherMedia/Prefs.h>
@@ -17,8 +18,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <host/cli/HostError.h>
+#include <host/commands/ImportCommand.h>
+#include <host/commands/ListCommand.h>
+#include <host/commands/PlayCommand.h>
+#include <host/session/HostSession.h>
+
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 namespace {
@@ -106,9 +114,48 @@ int main(int argc, char** argv) {
   CLI::App app{"tetherhost: a reference host for the TetherMedia module"};
   app.require_subcommand(1);
   auto* demo = app.add_subcommand("demo", "start the platform and the module and show what they do");
+
+  std::filesystem::path listProject;
+  auto* list = app.add_subcommand("list", "list the compositions of a Marl project");
+  list->add_option("PROJECT", listProject, "the project file")->required();
+
+  tetherhost::ImportOptions import;
+  auto* importCommand = app.add_subcommand("import", "import a composition and write its frames and audio");
+  importCommand->add_option("PROJECT", import.project, "the project file")->required();
+  importCommand->add_option("--item", import.item, "the composition, by name or identifier (default: the first)");
+  importCommand->add_option("--frames", import.frames, "frames, such as 0-9, 0-100/10 or 1,5,9 (default: 12 spread over the clip)");
+  importCommand->add_option("--size", import.size, "frame size WxH (default: the clip's own)");
+  importCommand->add_option("--format", import.format, "pixel format: bgra8 or rgba32f")->capture_default_str();
+  importCommand->add_option("--guides", import.guides, "draw guide layers: on or off (default: as the clip has it)");
+  importCommand->add_option("--out", import.out, "folder for the frames and the contact sheet")->capture_default_str();
+  importCommand->add_option("--audio", import.audio, "write the clip's audio to this WAV file");
+
+  tetherhost::PlayOptions play;
+  bool unpaced = false;
+  auto* playCommand = app.add_subcommand("play", "play a composition as a host's player does and report how it went");
+  playCommand->add_option("PROJECT", play.project, "the project file")->required();
+  playCommand->add_option("--item", play.item, "the composition, by name or identifier (default: the first)");
+  playCommand->add_option("--seconds", play.seconds, "how much of the clip to play")->capture_default_str();
+  playCommand->add_option("--prefetch", play.prefetch, "frames rendered ahead of the play head")->capture_default_str();
+  playCommand->add_option("--loops", play.loops, "passes over the same range")->capture_default_str();
+  playCommand->add_option("--size", play.size, "frame size WxH (default: the clip's own)");
+  playCommand->add_option("--format", play.format, "pixel format: bgra8 or rgba32f")->capture_default_str();
+  playCommand->add_flag("--unpaced", unpaced, "pull frames as fast as they come instead of at the frame rate");
+
   CLI11_PARSE(app, argc, argv);
+  play.paced = !unpaced;
   try {
     if (*demo) return RunDemo();
+    tetherhost::HostSession session;
+    if (*list) return tetherhost::RunList(session, listProject);
+    if (*importCommand) return tetherhost::RunImport(session, import);
+    if (*playCommand) return tetherhost::RunPlay(session, play);
+  } catch (const tetherhost::HostError& e) {
+    std::fprintf(stderr, "tetherhost: %s\n", e.Describe().c_str());
+    return 1;
+  } catch (const std::invalid_argument& e) {
+    std::fprintf(stderr, "tetherhost: %s\n", e.what());
+    return 2;
   } catch (const std::exception& e) {
     std::fprintf(stderr, "tetherhost: %s\n", e.what());
     return 1;

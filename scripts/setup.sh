@@ -3,7 +3,8 @@
 #
 #   scripts/setup.sh deps            install the system packages the build needs
 #   scripts/setup.sh build [PRESET]  deps, then configure and build (default: release)
-#   scripts/setup.sh main            build, then run the main job
+#   scripts/setup.sh main            build, then import a sample project with the
+#                                    reference host (frames, contact sheet, WAV)
 #   scripts/setup.sh test            build, then run every test of the release preset
 #
 # Installing is idempotent: only missing packages are fetched, and the package
@@ -57,7 +58,11 @@ case "${1:-build}" in
   build) build "${2:-release}" ;;
   main)
     build release
-    exec ./build/release/bin/tetherhost demo
+    # Imports the first composition of a sample project through the module,
+    # served by the reference server that the link starts on demand, and
+    # leaves its frames, a contact sheet and its audio in one folder.
+    out="${TETHERHOST_OUT:-$PWD/tetherhost-out}"
+    exec ./build/release/bin/tetherhost import examples/simple.marlp --out "$out" --audio "$out/simple.wav"
     ;;
   test)
     build release

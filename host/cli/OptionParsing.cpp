@@ -1,0 +1,42 @@
+#include <host/cli/OptionParsing.h>
+
+#include <charconv>
+#include <stdexcept>
+
+namespace tetherhost {
+namespace {
+
+int32_t ParseDimension(std::string_view text, const std::string& whole) {
+  int32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size() || value <= 0) {
+    throw std::invalid_argument("bad frame size '" + whole + "': expected WIDTHxHEIGHT, such as 1920x1080");
+  }
+  return value;
+}
+
+}  // namespace
+
+std::pair<int32_t, int32_t> ParseFrameSize(const std::string& text) {
+  const size_t x = text.find('x');
+  if (x == std::string::npos) {
+    throw std::invalid_argument("bad frame size '" + text + "': expected WIDTHxHEIGHT, such as 1920x1080");
+  }
+  const std::string_view view(text);
+  return {ParseDimension(view.substr(0, x), text), ParseDimension(view.substr(x + 1), text)};
+}
+
+kilnmediatypes::PixelFormat ParsePixelFormat(const std::string& text) {
+  if (text == "bgra8") return kilnmediatypes::kPixelFormat_BGRA_4444_8u;
+  if (text == "rgba32f") return kilnmediatypes::kPixelFormat_RGBA_4444_32f;
+  throw std::invalid_argument("bad pixel format '" + text + "': expected bgra8 or rgba32f");
+}
+
+std::optional<bool> ParseOnOff(const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  if (text == "on") return true;
+  if (text == "off") return false;
+  throw std::invalid_argument("bad switch '" + text + "': expected on or off");
+}
+
+}  // namespace tetherhost

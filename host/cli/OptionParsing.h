@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kilnmediatypes/PixelFormat.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tetherhost {
+
+// The values of the command line that aren't plain numbers or paths. Each
+// throws std::invalid_argument with a readable message for text it doesn't
+// take.
+
+// "1920x1080" as (1920, 1080); both must be positive.
+std::pair<int32_t, int32_t> ParseFrameSize(const std::string& text);
+
+// "bgra8" or "rgba32f": the pixel format the host asks the module for.
+kilnmediatypes::PixelFormat ParsePixelFormat(const std::string& text);
+
+// "on" or "off"; empty text means "leave it as the item has it".
+std::optional<bool> ParseOnOff(const std::string& text);
+
+}  // namespace tetherhost

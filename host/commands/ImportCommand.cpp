@@ -1,0 +1,122 @@
+#include <host/commands/ImportCommand.h>
+
+#include <host/cli/FrameRange.h>
+#include <host/cli/HostError.h>
+#include <host/cli/OptionParsing.h>
+#include <host/output/ContactSheet.h>
+#include <host/output/PngFile.h>
+#include <host/output/WavFile.h>
+#include <host/session/AudioPuller.h>
+#include <host/session/FramePuller.h>
+#include <host/session/HostSession.h>
+#include <host/session/LinkedClip.h>
+#include <host/session/ProgressView.h>
+
+#include <TetherMedia/Prefs.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tetherhost {
+namespace {
+
+constexpr int64_t kDefaultFrameCount = 12;
+constexpr uint32_t kAudioBlockFrames = 4096;
+
+void PrintDescription(const ClipDescription& clip) {
+  const double fps = clip.frameRate.ToFramesPerSecond();
+  std::printf("item:          %s (%s)\n", clip.displayName.c_str(), clip.sourceID.AsUTF8String().c_str());
+  std::printf("duration:      %.3f s, %lld frames\n", clip.duration.ToSeconds(),
+              static_cast<long long>(clip.frameCount));
+  std::printf("frame rate:    %.3f fps\n", fps);
+  std::printf("size:          %d x %d, pixel aspect %d:%d, field type %d\n", clip.width, clip.height,
+              clip.pixelAspectNumerator, clip.pixelAspectDenominator, clip.fieldType);
+  std::printf("time display:  %d\n", clip.timeDisplay);
+  std::printf("streams:       %zu video, %zu audio", clip.videoStreams, clip.audioStreams);
+  if (clip.audioStreams > 0) std::printf(" (%d Hz, %u channels)", clip.sampleRate, clip.audioChannels);
+  std::printf("\ncontent state: %s\n", clip.contentState.AsUTF8String().c_str());
+}
+
+FrameRange ChooseFrames(const std::string& text, int64_t frameCount) {
+  if (!text.empty()) return FrameRange::Parse(text).ClippedTo(frameCount);
+  if (frameCount <= 0) return {};
+  const int64_t step = std::max<int64_t>(1, frameCount / kDefaultFrameCount);
+  return FrameRange::Parse("0-" + std::to_string(frameCount - 1) + "/" + std::to_string(step))
+      .ClippedTo(std::min(frameCount, step * kDefaultFrameCount));
+}
+
+std::filesystem::path FrameFile(const std::filesystem::path& folder, int64_t frame) {
+  char name[32];
+  std::snprintf(name, sizeof(name), "frame_%05lld.png", static_cast<long long>(frame));
+  return folder / name;
+}
+
+void WriteFrames(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options,
+                 ProgressView& progress) {
+  const FrameRange frames = ChooseFrames(options.frames, description.frameCount);
+  if (frames.empty()) throw HostError("no frame of the clip is in the range '" + options.frames + "'");
+  auto [width, height] = options.size.empty() ? std::pair<int32_t, int32_t>(0, 0) : ParseFrameSize(options.size);
+  const auto video = clip.VideoStream();
+  FramePuller puller(*video, clip.Prefs(), description.frameRate, ParsePixelFormat(options.format), width, height);
+  ContactSheet sheet(4, 480);
+  std::filesystem::create_directories(options.out);
+  size_t done = 0;
+  for (const int64_t frame : frames.frames()) {
+    progress.Report(static_cast<double>(done) / frames.frames().size(), "Rendering frame " + std::to_string(frame));
+    const RgbaImage image = puller.Pull(frame);
+    PngFile::Write(FrameFile(options.out, frame), image);
+    sheet.Add(image);
+    ++done;
+  }
+  progress.Report(1.0, "Rendered " + std::to_string(done) + " frames");
+  progress.Finish();
+  PngFile::Write(options.out / "contact-sheet.png", sheet.Compose());
+  std::printf("frames:        %zu PNG files and contact-sheet.png in %s\n", done, options.out.string().c_str());
+}
+
+void WriteAudio(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options,
+                ProgressView& progress) {
+  const auto audio = clip.AudioStream();
+  if (!audio) throw HostError("the clip has no audio to write");
+  AudioPuller puller(*audio, kAudioBlockFrames);
+  const int64_t total = puller.FrameAt(description.duration);
+  if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
+  WavFile wav(options.audio, puller.sampleRate(), static_cast<int32_t>(puller.channels()));
+  for (int64_t frame = 0; frame < total; frame += kAudioBlockFrames) {
+    progress.Report(static_cast<double>(frame) / total, "Reading audio");
+    const kilnaudiotoolkit::AudioBuffer& block = puller.Read(frame);
+    std::vector<const float*> channels(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
+    wav.Append(channels, std::min<int64_t>(kAudioBlockFrames, total - frame));
+  }
+  wav.Close();
+  progress.Finish();
+  std::printf("audio:         %lld samples at %d Hz, %u channels in %s\n", static_cast<long long>(total),
+              puller.sampleRate(), puller.channels(), options.audio.string().c_str());
+}
+
+}  // namespace
+
+int RunImport(HostSession& session, const ImportOptions& options) {
+  const std::optional<bool> guides = ParseOnOff(options.guides);
+  ParsePixelFormat(options.format);  // a bad option fails before any work
+  if (!options.size.empty()) ParseFrameSize(options.size);
+  if (!options.frames.empty()) FrameRange::Parse(options.frames);
+  return session.RunWithUserInterface([&] {
+    LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
+    if (guides) {
+      // The clip's own options, changed in one switch, as a settings dialog does.
+      tether::MarlRenderOptions renderOptions;
+      const kilncore::WideString current = TetherMedia::PrefsToApplicationSpecificRenderOptions(clip.Prefs());
+      if (!current.empty()) TetherMedia::ApplicationSpecificRenderOptionsToMarlRenderOptions(current, renderOptions);
+      renderOptions.renderGuideLayers = *guides;
+      clip.SetRenderOptions(renderOptions);
+    }
+    const ClipDescription description = clip.Describe();
+    PrintDescription(description);
+    WriteFrames(clip, description, options, session.Progress());
+    if (!options.audio.empty()) WriteAudio(clip, description, options, session.Progress());
+    return 0;
+  });
+}
+
+}  // namespace tetherhost

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace tetherhost {
+
+class HostSession;
+
+// `tetherhost import`: imports one composition of a project as a new clip,
+// prints it as the host sees it, and writes the frames asked for as PNG files,
+// a contact sheet of them, and optionally the clip's audio as a WAV file.
+struct ImportOptions {
+  std::filesystem::path project;
+  // The composition by name or identifier; empty: the project's first.
+  std::string item;
+  // The frames (FrameRange syntax); empty: twelve frames spread over the clip.
+  std::string frames;
+  // "WxH"; empty: the clip's own size.
+  std::string size;
+  std::string format = "bgra8";
+  // "on", "off", or empty to leave the clip's render options alone.
+  std::string guides;
+  std::filesystem::path out = "tetherhost-out";
+  // Empty: no audio is written.
+  std::filesystem::path audio;
+};
+
+// Returns the process's exit status; throws HostError (or
+// std::invalid_argument for a bad option) on failure.
+int RunImport(HostSession& session, const ImportOptions& options);
+
+}  // namespace tetherhost

@@ -1,0 +1,30 @@
+#include <host/commands/ListCommand.h>
+
+#include <host/cli/HostError.h>
+#include <host/session/HostSession.h>
+
+#include <TetherMedia/ProjectEnumeration.h>
+#include <kilncore/string/UTFConversion.h>
+
+#include <cstdio>
+
+namespace tetherhost {
+
+int RunList(HostSession& session, const std::filesystem::path& project) {
+  if (!std::filesystem::exists(project)) {
+    throw HostError("no such file: " + project.string(), static_cast<int32_t>(0xA00F0003u));
+  }
+  return session.RunWithUserInterface([&] {
+    const auto items = TetherMedia::GetCompsInfoForMarlp(kilncore::string::UTF8to16(project.string()));
+    if (items.empty()) {
+      throw HostError("no composition could be listed in " + project.string() +
+                      " (the server could not open it, or it holds none)");
+    }
+    for (const tether::ItemInfo& item : items) {
+      std::printf("%s  %s\n", item.id.AsUTF8String().c_str(), kilncore::string::UTF16to8(item.name).c_str());
+    }
+    return 0;
+  });
+}
+
+}  // namespace tetherhost

@@ -1,0 +1,153 @@
+#include <host/commands/PlayCommand.h>
+
+#include <host/cli/HostError.h>
+#include <host/cli/OptionParsing.h>
+#include <host/session/AudioPuller.h>
+#include <host/session/HostSession.h>
+#include <host/session/LinkedClip.h>
+
+#include <KL/IAsyncVideoSource.h>
+#include <Pane/SharedPaneCache.h>
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <stdexcept>
+#include <cstdio>
+#include <thread>
+
+namespace tetherhost {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using kilncore::classref::InterfaceRef;
+
+constexpr uint32_t kAudioBlockFrames = 1024;
+
+// One pass of the player over frames [0, frameCount).
+class Player {
+ public:
+  Player(const LinkedClip& clip, const ClipDescription& description, const PlayOptions& options)
+      : mPrefs(clip.Prefs()),
+        mVideo(clip.VideoStream()),
+        mAsync(mVideo),
+        mAudioSource(clip.AudioStream()),
+        mFrameRate(description.frameRate),
+        mOptions(options) {
+    if (!mAsync) throw HostError("the video stream can't render in the background");
+    if (mAudioSource) mAudio.emplace(*mAudioSource, kAudioBlockFrames);
+    auto [width, height] =
+        options.size.empty() ? std::pair<int32_t, int32_t>(0, 0) : ParseFrameSize(options.size);
+    mFormat = WantedFormat(*mVideo, kilnmediatypes::TickTime(0), ParsePixelFormat(options.format), width, height);
+    mFrameLength = std::chrono::duration_cast<Clock::duration>(
+        std::chrono::duration<double>(1.0 / description.frameRate.ToFramesPerSecond()));
+  }
+
+  PlayStatistics Play(int64_t frameCount) {
+    PlayStatistics stats;
+    const auto before = Pane::SharedPaneCache::Instance().GetStatistics();
+    mStart = Clock::now();
+    mNextAudioFrame = 0;
+    for (int64_t ahead = 0; ahead < std::min<int64_t>(mOptions.prefetch, frameCount); ++ahead) Prefetch(ahead);
+    for (int64_t frame = 0; frame < frameCount; ++frame) {
+      if (frame + mOptions.prefetch < frameCount) Prefetch(frame + mOptions.prefetch);
+      const Clock::time_point due = mStart + frame * mFrameLength;
+      if (mOptions.paced) std::this_thread::sleep_until(due);
+      Show(frame, stats);
+      if (mOptions.paced && Clock::now() > due + mFrameLength) ++stats.lateFrames;
+      if (mAudio) Hear(frame + 1, stats);
+      ++stats.frames;
+    }
+    stats.seconds = std::chrono::duration<double>(Clock::now() - mStart).count();
+    const auto after = Pane::SharedPaneCache::Instance().GetStatistics();
+    stats.serverRenders = static_cast<int64_t>((after.insertions - before.insertions) +
+                                               (after.replacements - before.replacements));
+    return stats;
+  }
+
+ private:
+  kilnmediatypes::TickTime TimeOf(int64_t frame) const { return kilnmediatypes::TickTime(frame, mFrameRate); }
+
+  void Prefetch(int64_t frame) { mAsync->RenderFrameAsync(TimeOf(frame), mFormat, mPrefs); }
+
+  void Show(int64_t frame, PlayStatistics& stats) {
+    KL::IVideoSource::Frame pane;
+    if (mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, true, pane) >= 0 && pane) {
+      ++stats.cacheHits;
+      return;
+    }
+    ++stats.cacheMisses;
+    // A blocking request that meets the frame's background render is turned
+    // away at once, so a player waits for that render to land in the cache,
+    // as it waits for its next display tick.
+    while (mAsync->IsFramePending(TimeOf(frame), mFormat, 0, mPrefs)) {
+      std::this_thread::sleep_for(std::chrono::microseconds(500));
+    }
+    if (mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, true, pane) >= 0 && pane) return;
+    HostError::ThrowIfFailed(mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, false, pane),
+                             "frame " + std::to_string(frame));
+  }
+
+  // Reads the audio up to the end of frame `untilFrame`, block by block; a
+  // block that comes after the time its first sample plays is an underrun.
+  void Hear(int64_t untilFrame, PlayStatistics& stats) {
+    const int64_t end = mAudio->FrameAt(TimeOf(untilFrame));
+    while (mNextAudioFrame < end) {
+      mAudio->Read(mNextAudioFrame);
+      const auto plays = mStart + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+                                      static_cast<double>(mNextAudioFrame) / mAudio->sampleRate()));
+      if (mOptions.paced && Clock::now() > plays + mFrameLength) ++stats.audioUnderruns;
+      ++stats.audioBlocks;
+      mNextAudioFrame += kAudioBlockFrames;
+    }
+  }
+
+  const RL::BinaryData& mPrefs;
+  InterfaceRef<KL::IVideoSource> mVideo;
+  InterfaceRef<KL::IAsyncVideoSource> mAsync;
+  InterfaceRef<DR::IAudioSource> mAudioSource;
+  std::optional<AudioPuller> mAudio;
+  kilnmediatypes::FrameRate mFrameRate;
+  const PlayOptions& mOptions;
+  RL::FrameFormat mFormat;
+  Clock::duration mFrameLength{};
+  Clock::time_point mStart;
+  int64_t mNextAudioFrame = 0;
+};
+
+void PrintPass(int32_t pass, const PlayStatistics& stats) {
+  std::printf("pass %d: %lld frames in %.2f s, %.1f fps delivered; cache %lld hits, %lld misses; "
+              "%lld server renders; %lld late frames; %lld audio blocks, %lld underruns\n",
+              pass, static_cast<long long>(stats.frames), stats.seconds, stats.FramesPerSecond(),
+              static_cast<long long>(stats.cacheHits), static_cast<long long>(stats.cacheMisses),
+              static_cast<long long>(stats.serverRenders), static_cast<long long>(stats.lateFrames),
+              static_cast<long long>(stats.audioBlocks), static_cast<long long>(stats.audioUnderruns));
+}
+
+}  // namespace
+
+int RunPlay(HostSession& session, const PlayOptions& options) {
+  if (options.seconds <= 0.0) throw std::invalid_argument("--seconds must be positive");
+  if (options.prefetch < 0) throw std::invalid_argument("--prefetch must not be negative");
+  if (options.loops < 1) throw std::invalid_argument("--loops must be 1 or more");
+  ParsePixelFormat(options.format);
+  if (!options.size.empty()) ParseFrameSize(options.size);
+  return session.RunWithUserInterface([&] {
+    const LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
+    const ClipDescription description = clip.Describe();
+    if (!description.frameRate.HasRate() || description.frameCount <= 0) {
+      throw HostError("the clip has no frames to play");
+    }
+    const int64_t frameCount = std::min<int64_t>(
+        description.frameCount,
+        static_cast<int64_t>(options.seconds * description.frameRate.ToFramesPerSecond() + 0.5));
+    std::printf("playing %s: %lld frames at %.3f fps, %d x %d, %s\n", description.displayName.c_str(),
+                static_cast<long long>(frameCount), description.frameRate.ToFramesPerSecond(), description.width,
+                description.height, options.paced ? "paced" : "as fast as frames come");
+    Player player(clip, description, options);
+    for (int32_t pass = 1; pass <= options.loops; ++pass) PrintPass(pass, player.Play(frameCount));
+    return 0;
+  });
+}
+
+}  // namespace tetherhost

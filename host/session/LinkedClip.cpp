@@ -1,0 +1,173 @@
+#include <host/session/LinkedClip.h>
+
+#include <host/cli/HostError.h>
+
+#include <KL/IMediaFile.h>
+#include <KL/IMediaMetaData.h>
+#include <RL/MediaType.h>
+#include <TetherMedia/Lifecycle.h>
+#include <TetherMedia/Prefs.h>
+#include <TetherMedia/ProjectEnumeration.h>
+#include <kilncore/string/UTFConversion.h>
+
+#include <optional>
+
+namespace tetherhost {
+namespace {
+
+using kilncore::classref::InterfaceRef;
+using kilncore::string::UTF16to8;
+using kilncore::string::UTF8to16;
+
+constexpr int32_t kFileMissing = static_cast<int32_t>(0xA00F0003u);
+constexpr int32_t kNothingToImport = static_cast<int32_t>(0xA00F000Eu);
+
+// The host's select-source dialog, without a dialog: the composition named by
+// `wanted` (its name or identifier), or the first one. Keeps why it found
+// none, for the message the host shows.
+class ItemPicker {
+ public:
+  explicit ItemPicker(std::string wanted) : mWanted(std::move(wanted)) {}
+
+  int Select(kilncore::WideString& path, kilncore::utility::Guid& sourceID) {
+    const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);
+    if (items.empty()) {
+      const bool exists = std::filesystem::exists(std::filesystem::path(UTF16to8(path)));
+      mReason = exists ? "no composition could be listed in " + UTF16to8(path) +
+                             " (the server could not open it, or it holds none)"
+                       : "no such file: " + UTF16to8(path);
+      return exists ? kNothingToImport : kFileMissing;
+    }
+    const std::optional<tether::ItemInfo> chosen = Choose(items);
+    if (!chosen) {
+      mReason = "no composition named '" + mWanted + "' in " + UTF16to8(path);
+      return kNothingToImport;
+    }
+    sourceID = chosen->id;
+    return 0;
+  }
+
+  const std::string& reason() const { return mReason; }
+
+ private:
+  std::optional<tether::ItemInfo> Choose(const std::vector<tether::ItemInfo>& items) const {
+    if (mWanted.empty()) return items.front();
+    const kilncore::utility::Guid asID(mWanted);
+    for (const tether::ItemInfo& item : items) {
+      if (UTF16to8(item.name) == mWanted || (!asID.IsNil() && item.id == asID)) return item;
+    }
+    return std::nullopt;
+  }
+
+  std::string mWanted;
+  std::string mReason;
+};
+
+}  // namespace
+
+LinkedClip::LinkedClip(InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs)
+    : mItem(std::move(item)), mPrefs(std::move(prefs)) {}
+
+LinkedClip LinkedClip::Import(WF::IMediaModule& module, const std::filesystem::path& path,
+                              const std::string& item) {
+  auto picker = std::make_shared<ItemPicker>(item);
+  TetherMedia::SetSelectSource(
+      [picker](kilncore::WideString& selectedPath, kilncore::utility::Guid& sourceID) {
+        return picker->Select(selectedPath, sourceID);
+      });
+  InterfaceRef<KL::IMediaInfo> result;
+  RL::BinaryData prefs;
+  bool prefsChanged = false;
+  const int code = module.ImportFile(result, UTF8to16(path.string()), 0, 0, prefs, prefsChanged,
+                                     /*hasPrefs=*/false, /*allowUserInterface=*/true, u"", 0, nullptr, 0,
+                                     nullptr);
+  TetherMedia::SetSelectSource({});
+  if (code < 0) {
+    if (!picker->reason().empty()) throw HostError(picker->reason(), code);
+    throw HostError("import of " + path.string() + " failed", code);
+  }
+  if (!result) throw HostError("import of " + path.string() + " gave no item");
+  return LinkedClip(std::move(result), std::move(prefs));
+}
+
+void LinkedClip::SetRenderOptions(const tether::MarlRenderOptions& options) {
+  mPrefs = TetherMedia::BuildPrefsWithApplicationSpecificRenderOptions(TetherMedia::PrefsToSourceIDAsString(mPrefs),
+                                                                       options.AsString());
+}
+
+InterfaceRef<RL::ISource> LinkedClip::Stream(const kilncore::utility::Guid& mediaType) const {
+  InterfaceRef<RL::ISource> stream;
+  // The frame rate a host passes is that of the sequence the clip goes into;
+  // this host has none, so it passes the item's own.
+  kilnmediatypes::FrameRate rate;
+  if (const InterfaceRef<KL::IVideoSource> video = mItem->GetStream(RL::kMediaType_Video, 0)) {
+    video->GetFrameRate(rate);
+  }
+  const int32_t code = mItem->CreateSourceForStream(mediaType, 0, mPrefs, rate, u"", u"", u"", u"", stream);
+  HostError::ThrowIfFailed(code, mediaType == RL::kMediaType_Video ? "opening the video stream"
+                                                                   : "opening the audio stream");
+  return stream;
+}
+
+InterfaceRef<KL::IVideoSource> LinkedClip::VideoStream() const {
+  InterfaceRef<KL::IVideoSource> video(Stream(RL::kMediaType_Video));
+  if (!video) throw HostError("the item has no video stream");
+  return video;
+}
+
+InterfaceRef<DR::IAudioSource> LinkedClip::AudioStream() const {
+  if (mItem->GetNumStreams(RL::kMediaType_Audio) == 0) return nullptr;
+  return InterfaceRef<DR::IAudioSource>(Stream(RL::kMediaType_Audio));
+}
+
+ClipDescription LinkedClip::Describe() const {
+  ClipDescription out;
+  out.displayName = UTF16to8(mItem->GetMediaDisplayName());
+  out.sourceID = TetherMedia::PrefsToSourceID(mPrefs);
+  out.videoStreams = mItem->GetNumStreams(RL::kMediaType_Video);
+  out.audioStreams = mItem->GetNumStreams(RL::kMediaType_Audio);
+  if (const InterfaceRef<KL::IMediaMetaData> metadata{mItem}) out.timeDisplay = metadata->GetTimeDisplay().GetType();
+  if (const InterfaceRef<KL::IMediaFile> file{mItem}) out.contentState = file->GetContentState();
+
+  const InterfaceRef<KL::IVideoSource> video = mItem->GetStream(RL::kMediaType_Video, 0);
+  if (!video) return out;
+  video->GetFrameRate(out.frameRate);
+  if (const InterfaceRef<RL::ISource> source{video}) source->GetDuration(out.duration);
+  if (out.frameRate.HasRate()) out.frameCount = out.duration.ToFrame64(out.frameRate);
+  RL::RectT<int> bounds;
+  video->GetFrameSize(bounds);
+  out.width = bounds.Width();
+  out.height = bounds.Height();
+  kilnmediatypes::PixelAspectRatio ratio;
+  video->GetPixelAspectRatio(ratio);
+  out.pixelAspectNumerator = ratio.numerator;
+  out.pixelAspectDenominator = ratio.denominator;
+  out.fieldType = video->GetFieldType();
+  if (const InterfaceRef<DR::IAudioSource> audio{video}; audio && out.audioStreams > 0) {
+    kilnmediatypes::FrameRate sampleLength;
+    audio->GetSampleRate(sampleLength);
+    if (sampleLength.HasRate()) {
+      out.sampleRate = static_cast<int32_t>(kilnmediatypes::kTicksPerSecond / sampleLength.GetTicksPerFrame());
+    }
+    out.audioChannels = audio->GetAudioChannelCount();
+  }
+  return out;
+}
+
+RL::FrameFormat WantedFormat(KL::IVideoSource& video, kilnmediatypes::TickTime time,
+                             kilnmediatypes::PixelFormat pixelFormat, int32_t width, int32_t height) {
+  RL::FrameFormat format;
+  RL::RectT<int> bounds;
+  video.GetFrameSize(bounds);
+  format.pixelFormat = pixelFormat;
+  format.width = width > 0 ? width : bounds.Width();
+  format.height = height > 0 ? height : bounds.Height();
+  video.GetPixelAspectRatio(format.pixelAspectRatio);
+  format.fieldType = video.GetFieldType();
+  // An export wants every frame at full quality.
+  format.renderQuality = 3;
+  HostError::ThrowIfFailed(video.SelectFrameFormat(time, format), "choosing the frame format");
+  return format;
+}
+
+}  // namespace tetherhost

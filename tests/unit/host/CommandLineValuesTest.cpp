@@ -1,0 +1,61 @@
+#include <host/cli/HostError.h>
+#include <host/cli/OptionParsing.h>
+#include <host/cli/ProgressText.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace tetherhost {
+namespace {
+
+TEST(CommandLineValuesTest, FrameSizeIsWidthByHeight) {
+  EXPECT_EQ(ParseFrameSize("1920x1080"), std::make_pair(1920, 1080));
+  for (const char* bad : {"1920", "x1080", "1920x", "0x10", "-5x10", "10x10x10", "axb"}) {
+    EXPECT_THROW(ParseFrameSize(bad), std::invalid_argument) << bad;
+  }
+}
+
+TEST(CommandLineValuesTest, PixelFormatsAreTheTwoTheHostShows) {
+  EXPECT_EQ(ParsePixelFormat("bgra8"), kilnmediatypes::kPixelFormat_BGRA_4444_8u);
+  EXPECT_EQ(ParsePixelFormat("rgba32f"), kilnmediatypes::kPixelFormat_RGBA_4444_32f);
+  EXPECT_THROW(ParsePixelFormat("BGRA8"), std::invalid_argument);
+}
+
+TEST(CommandLineValuesTest, SwitchIsOnOffOrUnset) {
+  EXPECT_EQ(ParseOnOff("on"), true);
+  EXPECT_EQ(ParseOnOff("off"), false);
+  EXPECT_EQ(ParseOnOff(""), std::nullopt);
+  EXPECT_THROW(ParseOnOff("yes"), std::invalid_argument);
+}
+
+TEST(CommandLineValuesTest, ModuleFailureNamesItsCodeInHexAndWhatItMeans) {
+  const HostError error("import of /p.marlp failed", static_cast<int32_t>(0xA00F0003u));
+  EXPECT_EQ(error.Describe(), "import of /p.marlp failed (0xA00F0003, file missing)");
+  EXPECT_EQ(HostError("no such item").Describe(), "no such item");
+  EXPECT_EQ(DescribeResultCode(static_cast<int32_t>(0xF3610001u)), "server gone: the answer was never given");
+  EXPECT_EQ(DescribeResultCode(-5), "unknown failure");
+}
+
+TEST(CommandLineValuesTest, OnlyNegativeCodesThrow) {
+  EXPECT_NO_THROW(HostError::ThrowIfFailed(0, "x"));
+  EXPECT_NO_THROW(HostError::ThrowIfFailed(1, "x"));
+  try {
+    HostError::ThrowIfFailed(static_cast<int32_t>(0xA00F0007u), "frame 3");
+    ADD_FAILURE();
+  } catch (const HostError& e) {
+    EXPECT_EQ(e.code(), static_cast<int32_t>(0xA00F0007u));
+    EXPECT_STREQ(e.what(), "frame 3 failed");
+  }
+}
+
+TEST(CommandLineValuesTest, ProgressShowsTheDefaultTextWithItsArguments) {
+  EXPECT_EQ(ProgressText("$$$/TetherServer/OpeningProject=Opening ^1", {"/projects/show.marlp"}),
+            "Opening show.marlp");
+  EXPECT_EQ(ProgressText("$$$/X=^2 of ^1", {"a", "b"}), "b of a");
+  EXPECT_EQ(ProgressText("$$$/X=Missing ^3", {"a"}), "Missing ");
+  EXPECT_EQ(ProgressText("NoDefaultText", {"a"}), "NoDefaultText");
+}
+
+}  // namespace
+}  // namespace tetherhost
