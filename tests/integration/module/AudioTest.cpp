@@ -6,6 +6,9 @@
 #include <server/render/AudioSynthesizer.h>
 
 #include <kilnaudiotoolkit/AudioBuffer.h>
+#include <kilnmediatypes/PixelFormat.h>
+
+#include <thread>
 
 namespace TetherMedia::integration {
 namespace {
@@ -84,6 +87,30 @@ TEST_P(AudioTest, BlockAcrossTheEndIsSilentPastTheEnd) {
   const int64_t end = tetherserver::AudioSynthesizer::SampleCount(*mExample.composition, 48000);
   ASSERT_EQ(end, 480000);
   EXPECT_EQ(MismatchesInBlockAt(end - kBlockFrames / 2), 0u);
+}
+
+TEST_P(AudioTest, SamplesReadWhileFramesRenderAreTheCompositionsSamples) {
+  ASSERT_TRUE(OpenAudio(kSimpleProject, kSimpleComposition));
+  const RL::FrameFormat format =
+      mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u, 480, 270));
+  constexpr int kFrames = 12;
+  int framesStamped = 0;
+  // Playback: the host's video thread pulls frames while its audio thread
+  // reads on, both through the one stream object of the item.
+  std::thread video([&] {
+    for (int f = 0; f < kFrames; ++f) {
+      KL::IVideoSource::Frame frame;
+      if (GetFrameAsTheHostDoes(*mClip, FrameTime(f), format, frame) == 0 && StampOf(frame) &&
+          StampOf(frame)->frameNumber == f) {
+        ++framesStamped;
+      }
+    }
+  });
+  size_t mismatches = 0;
+  for (int64_t block = 0; block < kFrames; ++block) mismatches += MismatchesInBlockAt(block * kBlockFrames);
+  video.join();
+  EXPECT_EQ(mismatches, 0u);
+  EXPECT_EQ(framesStamped, kFrames);
 }
 
 TETHER_INSTANTIATE_FOR_BOTH_SERVERS(AudioTest);

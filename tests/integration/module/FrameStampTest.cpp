@@ -108,8 +108,7 @@ TEST_P(FrameStampTest, FloatFormatOfferedByTheItemIsRenderedAsFloat) {
   ASSERT_GE(mClip->Video()->GetNativePixelFormats(native), 0);
   ASSERT_NE(std::find(native.begin(), native.end(), kilnmediatypes::kPixelFormat_RGBA_4444_32f), native.end());
 
-  const RL::FrameFormat format =
-      mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_RGBA_4444_32f));
+  const RL::FrameFormat format = mClip->Select(TickTime(0), WantedFormat(kilnmediatypes::kPixelFormat_RGBA_4444_32f));
   ASSERT_EQ(format.pixelFormat.fourcc, kilnmediatypes::kPixelFormat_RGBA_4444_32f.fourcc);
   const KL::IVideoSource::Frame frame = Frame(*mClip, FrameTime(42), format);
   ASSERT_TRUE(frame);

@@ -25,8 +25,8 @@ RL::BinaryData ClipPrefs(const Guid& id, const tether::MarlRenderOptions* option
 HostClip::HostClip(const kilncore::WideString& path, const Guid& id, const tether::MarlRenderOptions* options)
     : mPrefs(ClipPrefs(id, options)) {
   bool prefsChanged = false;
-  mImportResult = TetherMediaModule().ImportFile(mItem, path, 0, 0, mPrefs, prefsChanged, true, false, u"", 0,
-                                                 nullptr, 0, nullptr);
+  mImportResult =
+      TetherMediaModule().ImportFile(mItem, path, 0, 0, mPrefs, prefsChanged, true, false, u"", 0, nullptr, 0, nullptr);
 }
 
 InterfaceRef<RL::ISource> HostClip::Stream(const Guid& mediaType) const {

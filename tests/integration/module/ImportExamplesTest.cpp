@@ -10,6 +10,9 @@
 #include <kilncore/string/UTFConversion.h>
 #include <kilnmediatypes/RatioTime.h>
 
+#include <thread>
+#include <vector>
+
 namespace TetherMedia::integration {
 namespace {
 
@@ -54,6 +57,25 @@ TEST_P(ImportExamplesTest, ItemThatIsNoCompositionOfTheFileEndsWithoutASource) {
   const ExampleComposition example = mExamples.Find(kSimpleProject, kSimpleComposition);
   const HostClip clip(example.path, kTitleComposition);
   EXPECT_EQ(static_cast<uint32_t>(clip.ImportResult()), 0xA00703E9u);
+}
+
+TEST_P(ImportExamplesTest, ImportsOnSeveralThreadsAtOnceEachGetTheirOwnItem) {
+  const std::vector<ExampleComposition> all = mExamples.AllCompositions();
+  std::vector<int32_t> results(all.size(), -1);
+  std::vector<kilncore::utility::Guid> imported(all.size());
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < all.size(); ++i) {
+    threads.emplace_back([&, i] {
+      const HostClip clip(all[i].path, all[i].composition->id);
+      results[i] = clip.ImportResult();
+      if (clip.Item()) imported[i] = PrefsToSourceID(clip.Prefs());
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (size_t i = 0; i < all.size(); ++i) {
+    EXPECT_EQ(results[i], 0) << all[i].composition->name;
+    EXPECT_EQ(imported[i], all[i].composition->id) << all[i].composition->name;
+  }
 }
 
 TETHER_INSTANTIATE_FOR_BOTH_SERVERS(ImportExamplesTest);

@@ -60,7 +60,8 @@ int32_t GetFrameAsTheHostDoes(const HostClip& clip, kilnmediatypes::TickTime tim
     return result != kMetRenderInFlight;
   });
   EXPECT_TRUE(settled) << "the render in flight never finished";
-  if (result == kRenderFailed && !frame && Pane::SharedPaneCache::Instance().Contains(clip.FrameIdentifier(time, format))) {
+  if (result == kRenderFailed && !frame &&
+      Pane::SharedPaneCache::Instance().Contains(clip.FrameIdentifier(time, format))) {
     result = video->GetFrame(time, format, clip.Prefs(), false, frame);
   }
   return result;

@@ -71,8 +71,8 @@ bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds limi
 // Printable names of the two server modes for parameterised tests.
 std::string ModeName(const ::testing::TestParamInfo<ServerMode>& info);
 
-#define TETHER_INSTANTIATE_FOR_BOTH_SERVERS(Suite)                                                       \
-  INSTANTIATE_TEST_SUITE_P(BothServers, Suite,                                                           \
-                           ::testing::Values(ServerMode::kChildProcess, ServerMode::kInProcess), ModeName)
+#define TETHER_INSTANTIATE_FOR_BOTH_SERVERS(Suite)                                                                   \
+  INSTANTIATE_TEST_SUITE_P(BothServers, Suite, ::testing::Values(ServerMode::kChildProcess, ServerMode::kInProcess), \
+                           ModeName)
 
 }  // namespace TetherMedia::integration
