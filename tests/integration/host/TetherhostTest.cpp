@@ -1,0 +1,174 @@
+// tetherhost run as a user runs it: each command's output, files and exit
+// status, with the reference server started on demand by the link.
+
+#include <host/output/PngFile.h>
+#include <host/output/WavFile.h>
+#include <server/render/AudioSynthesizer.h>
+#include <server/project/Project.h>
+
+#include <kilncore/string/UTFConversion.h>
+#include <kilncore/utility/Guid.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kExamples = TETHER_TEST_EXAMPLES_FOLDER;
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string ReadAll(const fs::path& path) {
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+class TetherhostTest : public ::testing::Test {
+ protected:
+  TetherhostTest()
+      : mFolder(fs::temp_directory_path() / ("tetherhost-test-" + kilncore::utility::Guid::CreateUnique().AsUTF8String())) {
+    fs::create_directories(mFolder);
+  }
+  ~TetherhostTest() override {
+    std::error_code ignored;
+    fs::remove_all(mFolder, ignored);
+  }
+
+  // Runs tetherhost with `arguments` (already quoted for the shell) and an
+  // optional environment prefix, and collects what it printed.
+  Outcome Tetherhost(const std::string& arguments, const std::string& environment = {}) {
+    const fs::path out = mFolder / "stdout.txt";
+    const fs::path err = mFolder / "stderr.txt";
+    const std::string command = environment + " TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
+                                std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " >'" + out.string() +
+                                "' 2>'" + err.string() + "' </dev/null";
+    const int raw = std::system(command.c_str());
+    Outcome run;
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    run.out = ReadAll(out);
+    run.err = ReadAll(err);
+    return run;
+  }
+
+  static std::string Example(const char* name) { return "'" + (kExamples / name).string() + "'"; }
+
+  fs::path mFolder;
+};
+
+TEST_F(TetherhostTest, ListShowsEveryCompositionDepthFirstWithItsIdentifier) {
+  const Outcome run = Tetherhost("list " + Example("nested.marlp"));
+  ASSERT_EQ(run.status, 0) << run.err;
+  auto project = tetherserver::Project::Open(kExamples / "nested.marlp");
+  ASSERT_TRUE(project);
+  std::string expected;
+  for (const auto& item : (*project)->ListCompositions()) {
+    expected += item.id.AsUTF8String() + "  " + kilncore::string::UTF16to8(item.name) + "\n";
+  }
+  EXPECT_EQ(run.out, expected);
+}
+
+TEST_F(TetherhostTest, ImportWritesTheFramesAContactSheetAndTheAudio) {
+  const fs::path out = mFolder / "out";
+  const Outcome run = Tetherhost("import " + Example("simple.marlp") + " --frames 0-2,24 --out '" + out.string() +
+                             "' --audio '" + (out / "simple.wav").string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("size:          1920 x 1080"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("frame rate:    25.000 fps"), std::string::npos) << run.out;
+  for (const char* name : {"frame_00000.png", "frame_00001.png", "frame_00002.png", "frame_00024.png"}) {
+    const tetherhost::RgbaImage frame = tetherhost::PngFile::Read(out / name);
+    EXPECT_EQ(frame.width(), 1920) << name;
+    EXPECT_EQ(frame.height(), 1080) << name;
+  }
+  EXPECT_FALSE(fs::exists(out / "frame_00003.png"));
+  EXPECT_FALSE(tetherhost::PngFile::Read(out / "contact-sheet.png").empty());
+
+  // The audio is the composition's, sample for sample.
+  const auto wav = tetherhost::WavFile::Read(out / "simple.wav");
+  ASSERT_EQ(wav.sampleRate, 48000);
+  ASSERT_EQ(wav.channels.size(), 2u);
+  ASSERT_EQ(wav.channels[0].size(), 480000u);
+  auto project = tetherserver::Project::Open(kExamples / "simple.marlp");
+  ASSERT_TRUE(project);
+  const auto* composition = (*project)->FindComposition(kilncore::utility::Guid("5E1A0C3B-6F2D-4A8E-9B71-0C2D3E4F5A01"));
+  ASSERT_NE(composition, nullptr);
+  size_t differing = 0;
+  for (uint32_t channel = 0; channel < 2; ++channel) {
+    for (int64_t sample = 0; sample < 480000; sample += 997) {
+      const float expected = tetherserver::AudioSynthesizer::ExpectedSample(*composition, 48000, sample, channel);
+      if (wav.channels[channel][static_cast<size_t>(sample)] != expected) ++differing;
+    }
+  }
+  EXPECT_EQ(differing, 0u);
+}
+
+TEST_F(TetherhostTest, ImportAtASmallerSizeInFloatWritesFramesOfThatSize) {
+  const fs::path out = mFolder / "out";
+  const Outcome run = Tetherhost("import " + Example("simple.marlp") +
+                             " --frames 10 --size 960x540 --format rgba32f --guides on --out '" + out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const tetherhost::RgbaImage frame = tetherhost::PngFile::Read(out / "frame_00010.png");
+  EXPECT_EQ(frame.width(), 960);
+  EXPECT_EQ(frame.height(), 540);
+}
+
+TEST_F(TetherhostTest, PlayingTwiceTakesTheSecondPassFromTheCache) {
+  const Outcome run = Tetherhost("play " + Example("simple.marlp") + " --seconds 1 --loops 2 --unpaced");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("pass 1: 25 frames"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("pass 2: 25 frames"), std::string::npos) << run.out;
+  const std::string second = run.out.substr(run.out.find("pass 2"));
+  EXPECT_NE(second.find("cache 25 hits, 0 misses; 0 server renders"), std::string::npos) << run.out;
+}
+
+TEST_F(TetherhostTest, MissingFileIsOneLineWithTheFileMissingCode) {
+  const Outcome run = Tetherhost("import '" + (mFolder / "absent.marlp").string() + "'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("tetherhost: no such file:"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("0xA00F0003, file missing"), std::string::npos) << run.err;
+}
+
+TEST_F(TetherhostTest, ProjectThatIsNotJSONFailsWithoutAHang) {
+  const fs::path bad = mFolder / "broken.marlp";
+  std::ofstream(bad) << "{ this is not json";
+  const Outcome run = Tetherhost("import '" + bad.string() + "'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("no composition could be listed"), std::string::npos) << run.err;
+}
+
+TEST_F(TetherhostTest, UnknownItemNamesTheItemAndNothingToImport) {
+  const Outcome run = Tetherhost("import " + Example("simple.marlp") + " --item 'No Such Comp'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("no composition named 'No Such Comp'"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("0xA00F000E"), std::string::npos) << run.err;
+}
+
+TEST_F(TetherhostTest, ServerThatCannotBeReachedFailsWithAClearLine) {
+  const Outcome run = Tetherhost("import " + Example("simple.marlp"),
+                             "TETHER_SERVER_SOCKET='" + (mFolder / "no-server.sock").string() + "'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("tetherhost: "), std::string::npos) << run.err;
+}
+
+TEST_F(TetherhostTest, BadOptionsAreUsageErrors) {
+  EXPECT_EQ(Tetherhost("import " + Example("simple.marlp") + " --frames 5-2").status, 2);
+  EXPECT_EQ(Tetherhost("import " + Example("simple.marlp") + " --format yuv").status, 2);
+  EXPECT_EQ(Tetherhost("play " + Example("simple.marlp") + " --seconds 0").status, 2);
+  EXPECT_NE(Tetherhost("frobnicate").status, 0);
+}
+
+}  // namespace
