@@ -36,12 +36,15 @@ std::vector<ExampleComposition> ExampleProjects::CompositionsOf(const std::files
 }
 
 std::vector<ExampleComposition> ExampleProjects::AllCompositions() const {
-  std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(mFolder)) files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
+  // The samples themselves, not what tests added to the folder since.
+  std::vector<std::filesystem::path> names;
+  for (const auto& entry : std::filesystem::directory_iterator(TETHER_TEST_EXAMPLES_FOLDER)) {
+    if (entry.is_regular_file()) names.push_back(entry.path().filename());
+  }
+  std::sort(names.begin(), names.end());
   std::vector<ExampleComposition> result;
-  for (const auto& file : files) {
-    std::vector<ExampleComposition> compositions = CompositionsOf(file);
+  for (const auto& name : names) {
+    std::vector<ExampleComposition> compositions = CompositionsOf(mFolder / name);
     result.insert(result.end(), compositions.begin(), compositions.end());
   }
   return result;

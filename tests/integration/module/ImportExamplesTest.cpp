@@ -41,7 +41,14 @@ TEST_P(ImportExamplesTest, EverySampleCompositionImportsWithItsFilesTiming) {
     ASSERT_GE(video->GetFrameSize(size), 0);
     EXPECT_EQ(size.Width(), static_cast<int>(composition.width));
     EXPECT_EQ(size.Height(), static_cast<int>(composition.height));
+    kilnmediatypes::PixelAspectRatio ratio;
+    ASSERT_GE(video->GetPixelAspectRatio(ratio), 0);
+    EXPECT_EQ(ratio, kilnmediatypes::PixelAspectRatio(composition.pixelAspectRatio.numerator,
+                                                      composition.pixelAspectRatio.denominator));
+    EXPECT_EQ(video->GetFieldType(), static_cast<kilnmediatypes::FieldType>(composition.fieldType));
     EXPECT_EQ(clip.Item()->GetNumStreams(RL::kMediaType_Audio), composition.audio.HasAudio() ? 1u : 0u);
+    EXPECT_EQ(clip.Item()->GetMediaProducerDescription(),
+              kilncore::string::UTF8to16(tetherserver::Project::kProducerDescription));
   }
 }
 
