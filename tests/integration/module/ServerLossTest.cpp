@@ -172,6 +172,29 @@ TEST_P(ServerLossTest, CancelOfTheFrameReleasesAStalledRenderAndLeavesNothingPen
   Signal(SIGCONT);
 }
 
+TEST_P(ServerLossTest, SecondRequestMeetingAStalledRenderIsToldAtOnceAndSharesItsFrame) {
+  ASSERT_NO_FATAL_FAILURE(StartStalledRender());
+  const uint64_t framesBefore = ServerFrames();
+  // While the server can't answer, a second thread's request for the same
+  // frame isn't attached to the render in flight: it returns at once.
+  KL::IVideoSource::Frame second;
+  EXPECT_EQ(mClip->Video()->GetFrame(mTime, mFormat, mClip->Prefs(), false, second),
+            static_cast<int32_t>(0xF3610004));
+  EXPECT_FALSE(second);
+  EXPECT_TRUE(IsPending());
+
+  const Clock::time_point resumed = Clock::now();
+  Signal(SIGCONT);
+  // The first request gets its frame, or is released just before the frame is
+  // stored in its entry and finds it in the cache when asked again.
+  const int32_t first = RenderOutcome(resumed).first;
+  EXPECT_TRUE(first == 0 || first == kRenderFailed) << first;
+  ASSERT_EQ(GetFrameAsTheHostDoes(*mClip, mTime, mFormat, second), 0);
+  ASSERT_TRUE(second);
+  EXPECT_EQ(second->GetIdentifier(), mClip->FrameIdentifier(mTime, mFormat));
+  EXPECT_EQ(ServerFrames(), framesBefore + 1);
+}
+
 INSTANTIATE_TEST_SUITE_P(ChildProcessServer, ServerLossTest, ::testing::Values(ServerMode::kChildProcess), ModeName);
 
 }  // namespace
