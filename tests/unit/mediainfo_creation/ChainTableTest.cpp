@@ -210,24 +210,30 @@ INSTANTIATE_TEST_SUITE_P(Transitions, ChainTableTest, ::testing::ValuesIn(Rows()
 
 class SprocketSourceRoadTest : public ::testing::Test {
  protected:
+  // Runs the road for a new item with `options` to its end; gives the code
+  // its opening request ended with.
+  int32_t RunRoad(const kilncore::WideString& options) {
+    mItem = Access::MakeItem();
+    Access::SetPath(*mItem, mFiles.Make("Scene.spkproj"), ItemID(), options);
+    const kilncore::async::Future<void> future = Access::Register(*mItem);
+    Access::StartSprocketSourceRoad(*mItem);
+    ServerWait::WaitUntilDeadline(future);
+    EXPECT_TRUE(mBackend->WaitForIdle());
+    return ServerWait::ResultCodeOf(future);
+  }
+
   ProjectFiles mFiles;
   ScopedBackend mBackend;
+  ItemRef mItem;
 };
 
 TEST_F(SprocketSourceRoadTest, OpensWithTheOptionsAndKeepsNoTypedServer) {
   const kilncore::WideString options = u"{\"quality\":\"draft\"}";
-  ItemRef item = Access::MakeItem();
-  Access::SetPath(*item, mFiles.Make("Scene.spkproj"), ItemID(), options);
-  const kilncore::async::Future<void> future = Access::Register(*item);
-  Access::StartSprocketSourceRoad(*item);
-  ServerWait::WaitUntilDeadline(future);
-  ASSERT_TRUE(mBackend->WaitForIdle());
-
-  EXPECT_EQ(ServerWait::ResultCodeOf(future), 0);
-  EXPECT_TRUE(Access::HasLinkedSource(*item));
-  EXPECT_FALSE(item->GetTypedServer());
-  EXPECT_TRUE(item->GetLinkedServer());
-  EXPECT_TRUE(item->GetProject());
+  EXPECT_EQ(RunRoad(options), 0);
+  EXPECT_TRUE(Access::HasLinkedSource(*mItem));
+  EXPECT_FALSE(mItem->GetTypedServer());
+  EXPECT_TRUE(mItem->GetLinkedServer());
+  EXPECT_TRUE(mItem->GetProject());
   ASSERT_EQ(mBackend->CallCount(Operation::kOpenProjectWithJSON), 1u);
   EXPECT_EQ(mBackend->Calls(Operation::kOpenProjectWithJSON)[0].Args<OpenProjectWithJSONArgs>().json,
             Utf8(options));
@@ -236,13 +242,8 @@ TEST_F(SprocketSourceRoadTest, OpensWithTheOptionsAndKeepsNoTypedServer) {
 
 TEST_F(SprocketSourceRoadTest, RefusedServerIsNotKept) {
   mBackend->Script(Operation::kCreateSprocketServer, Behaviour::Fail().KeepingResult());
-  ItemRef item = Access::MakeItem();
-  Access::SetPath(*item, mFiles.Make("Scene.spkproj"), ItemID());
-  const kilncore::async::Future<void> future = Access::Register(*item);
-  Access::StartSprocketSourceRoad(*item);
-  ServerWait::WaitUntilDeadline(future);
-  EXPECT_EQ(ServerWait::ResultCodeOf(future), kGeneralFailure);
-  EXPECT_FALSE(item->GetTypedServer());
+  EXPECT_EQ(RunRoad({}), kGeneralFailure);
+  EXPECT_FALSE(mItem->GetTypedServer());
   EXPECT_EQ(mBackend->CallCount(Operation::kConnectLinkedServer), 0u);
 }
 
