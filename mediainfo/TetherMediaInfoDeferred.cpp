@@ -6,11 +6,6 @@
 #include <mediainfo/TetherMediaInfo.h>
 
 namespace TetherMedia {
-namespace {
-
-constexpr int32_t kNotOffered = static_cast<int32_t>(0xA00F000Cu);
-
-}  // namespace
 
 int32_t TetherMediaInfo::RefreshFile(const kilncore::WideString& /*path*/) { return 0; }
 
