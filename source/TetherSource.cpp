@@ -3,6 +3,7 @@
 #include <source/MediaTypeConversions.h>
 
 #include <RL/ColorSpaces.h>
+#include <WF/CallbackInstanceIDMap.h>
 
 #include <kilncore/classref/InterfaceName.h>
 #include <kilnmediatypes/RatioTime.h>
@@ -29,8 +30,25 @@ TetherSource::TetherSource(ConstructionKey, std::shared_ptr<tether::Source> sour
     : mSource(std::move(source)), mClipID(clipID) {}
 
 TetherSource::~TetherSource() {
-  // The per-clip streams' callback instance ids would be handed back to the
-  // host here; no per-clip stream is made yet, so mClipStreams is empty.
+  // The host's table keeps each per-clip stream alive under its id; handing
+  // the ids back lets the streams go with the source they were made of.
+  for (const auto& [clipID, entry] : mClipStreams) WF::RemoveIDFromInstanceIDMap(entry.instanceID);
+}
+
+int32_t TetherSource::AdoptClipStream(uint32_t clipID,
+                                      kilncore::classref::InterfaceRef<kilncore::classref::UnknownBase> stream) {
+  const int32_t id = WF::CreateUniqueCallbackInstanceID(stream);
+  const auto [entry, added] = mClipStreams.try_emplace(clipID);
+  // The id of a replaced stream would otherwise keep that stream alive in
+  // the host's table for the rest of the process.
+  if (!added) WF::RemoveIDFromInstanceIDMap(entry->second.instanceID);
+  entry->second = ClipStreamEntry{id, std::move(stream)};
+  return id;
+}
+
+int32_t TetherSource::FindClipStreamInstanceID(uint32_t clipID) const {
+  const auto found = mClipStreams.find(clipID);
+  return found == mClipStreams.end() ? 0 : found->second.instanceID;
 }
 
 void* TetherSource::QueryMap(const std::string_view& name) {

@@ -67,8 +67,6 @@ class TetherSource final : public RL::ISource,
 
   // A frame is given up at this many failed attempts.
   static constexpr int32_t kMaxRenderAttempts = 3;
-  // The longest wait for one request: 24 hours.
-  static constexpr int64_t kRequestWaitNanoseconds = 86'400'000'000'000;
   // How long the frame cache is asked to keep a rendered frame.
   static constexpr uint32_t kFrameCacheRetention = 10;
   // The status of a render that was cancelled here.
@@ -296,7 +294,8 @@ class TetherSource final : public RL::ISource,
   // remembered under a new unique `outID` so that CancelPendingRequests can
   // fail it.
   void AddRequest(Request& outRequest, kilncore::utility::Guid& outID);
-  // Waits (at most 24 hours) for `request` and forgets `id`. The result code:
+  // Waits for `request` as ServerWait does (at most 24 hours) and forgets
+  // `id`. The result code:
   // 0 on success, the failure's code otherwise, 0xF3610004 for an empty
   // future, 0xF3610002 if the wait ran out.
   int32_t WaitForRequest(const Request& request, const kilncore::utility::Guid& id);
@@ -323,6 +322,15 @@ class TetherSource final : public RL::ISource,
   void ReplaceAcceleratedRanges(std::map<kilnmediatypes::TickTime, AcceleratedRange> ranges);
   // Replaces the still ranges as a whole, in the order of the reply.
   void ReplaceStillRanges(std::vector<TimeRange> ranges);
+  // Files `stream`, a video stream of clip `clipID` alone, under a new
+  // callback instance id through which the host's smart renderer reaches it,
+  // and keeps it until this source goes. A stream already kept for the clip
+  // is replaced and its id handed back. Returns the new id. Not locked: only
+  // the smart-render code, on one thread at a time, keeps clip streams.
+  int32_t AdoptClipStream(uint32_t clipID,
+                          kilncore::classref::InterfaceRef<kilncore::classref::UnknownBase> stream);
+  // The instance id kept for clip `clipID`, or 0 if none is.
+  int32_t FindClipStreamInstanceID(uint32_t clipID) const;
 
   // --- Observation for tools and tests.
 
