@@ -1,12 +1,10 @@
 #include <source/TetherSource.h>
 
+#include <mediainfo/ServerWait.h>
+
 #include <TetherMedia/RequestFutures.h>
 
-#include <kilncore/async/AsyncExceptions.h>
-#include <kilncore/async/UntypedFuture.h>
 #include <kilncore/config/KilnException.h>
-
-#include <chrono>
 
 namespace TetherMedia {
 
@@ -21,21 +19,14 @@ void TetherSource::AddRequest(Request& outRequest, Guid& outID) {
 }
 
 int32_t TetherSource::WaitForRequest(const Request& request, const Guid& id) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::nanoseconds(kRequestWaitNanoseconds);
-  kilncore::async::WaitForUntypedUntil(request.future, deadline, true);
+  // The same wait, deadline and result codes as every other blocking answer
+  // of a linked item.
+  ServerWait::WaitUntilDeadline(request.future);
   {
     ScopedRecursiveLock lock(mRequestMutex);
     mRequests.erase(id);
   }
-  std::exception_ptr outcome;
-  if (!request.future.IsValid()) {
-    outcome = std::make_exception_ptr(kilncore::async::FutureIsCancelledException());
-  } else if (request.future.IsReady()) {
-    outcome = request.future.GetException();
-  } else {
-    outcome = std::make_exception_ptr(kilncore::async::FutureNotReadyException());
-  }
-  return kilncore::config::ExtractResultFromException(outcome);
+  return ServerWait::ResultCodeOf(request.future);
 }
 
 int32_t TetherSource::CancelPendingRequests() {
