@@ -117,26 +117,35 @@ CaptionStreamEntry CaptionStreamFromTree(const AnyValue& tree) {
   return CaptionStreamEntry{AsUint64(Field(o, "id")), AsBool(Field(o, "selected")), AsString(Field(o, "label"))};
 }
 
-AnyValue ProductionToTree(const FarsideProductionRequestInfo& r) {
-  return ObjectWriter()
-      .Set("serverAddress", r.serverAddress)
+// The members that a production request and an asset request share: the
+// data server, its credentials and properties, and the production.
+template <class Request>
+ObjectWriter WriteDataServerFields(const Request& r) {
+  ObjectWriter writer;
+  writer.Set("serverAddress", r.serverAddress)
       .Set("credentialA", r.credentialA)
       .Set("credentialB", r.credentialB)
       .Set("authTokenType", r.authTokenType)
       .Put("serverProperties", StringMapToTree(r.serverProperties))
-      .Set("production", r.production)
-      .Done();
+      .Set("production", r.production);
+  return writer;
 }
 
-FarsideProductionRequestInfo ProductionFromTree(const AnyValue& tree) {
-  const AnyObject& o = AsObject(tree);
-  FarsideProductionRequestInfo r;
+template <class Request>
+void ReadDataServerFields(const AnyObject& o, Request& r) {
   r.serverAddress = AsString(Field(o, "serverAddress"));
   r.credentialA = AsString(Field(o, "credentialA"));
   r.credentialB = AsString(Field(o, "credentialB"));
   r.authTokenType = AsString(Field(o, "authTokenType"));
   r.serverProperties = StringMapFromTree(Field(o, "serverProperties"));
   r.production = AsString(Field(o, "production"));
+}
+
+AnyValue ProductionToTree(const FarsideProductionRequestInfo& r) { return WriteDataServerFields(r).Done(); }
+
+FarsideProductionRequestInfo ProductionFromTree(const AnyValue& tree) {
+  FarsideProductionRequestInfo r;
+  ReadDataServerFields(AsObject(tree), r);
   return r;
 }
 
@@ -207,27 +216,13 @@ File FileFromTree(const AnyValue& tree) {
 }
 
 AnyValue ToTree(const FarsideAssetRequestInfo& r) {
-  return ObjectWriter()
-      .Set("serverAddress", r.serverAddress)
-      .Set("credentialA", r.credentialA)
-      .Set("credentialB", r.credentialB)
-      .Set("authTokenType", r.authTokenType)
-      .Put("serverProperties", StringMapToTree(r.serverProperties))
-      .Set("production", r.production)
-      .Set("version", r.version)
-      .Set("asset", r.asset)
-      .Done();
+  return WriteDataServerFields(r).Set("version", r.version).Set("asset", r.asset).Done();
 }
 
 FarsideAssetRequestInfo AssetRequestFromTree(const AnyValue& tree) {
   const AnyObject& o = AsObject(tree);
   FarsideAssetRequestInfo r;
-  r.serverAddress = AsString(Field(o, "serverAddress"));
-  r.credentialA = AsString(Field(o, "credentialA"));
-  r.credentialB = AsString(Field(o, "credentialB"));
-  r.authTokenType = AsString(Field(o, "authTokenType"));
-  r.serverProperties = StringMapFromTree(Field(o, "serverProperties"));
-  r.production = AsString(Field(o, "production"));
+  ReadDataServerFields(o, r);
   r.version = AsString(Field(o, "version"));
   r.asset = AsString(Field(o, "asset"));
   return r;
