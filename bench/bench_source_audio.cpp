@@ -14,6 +14,8 @@
 // Each read reports samples per second (items) and the number of times the
 // server's reader was opened after the first (counter "reopenings"), which
 // must stay 0 while the host reads on.
+#include "StoredItem.h"
+
 #include <source/TetherSource.h>
 
 #include <kilnaudiotoolkit/AudioBuffer.h>
@@ -118,57 +120,24 @@ class PreparedReader final : public tether::AudioRenderer {
 
 // An item that answers its getters from a stored description and opens a
 // PreparedReader at once.
-class PreparedItem final : public tether::Source {
+class PreparedItem final : public tetherbench::StoredItem {
  public:
-  PreparedItem() {
-    mInfo = tether::testing::ScriptedSourceSetup::Typical().info;
-    mInfo.duration = kDuration;
-  }
+  PreparedItem() : StoredItem(Info()) {}
   size_t Opened() const { return mOpened.load(); }
 
-  const tether::SourceInfo& GetSourceInfo() const override { return mInfo; }
-  void Init(const tether::SourceInfo&, InitCallback) override {}
-  tether::RatioTime GetDuration() const override { return mInfo.duration; }
-  tether::RatioTime GetStartTime() const override { return mInfo.startTime; }
-  tether::RatioTime GetTickCount() const override { return mInfo.tickCount; }
-  tether::RatioTime GetWorkInPoint() const override { return mInfo.workInPoint; }
-  tether::RatioTime GetWorkOutPoint() const override { return mInfo.workOutPoint; }
-  tether::FrameRate GetFrameRate() const override { return mInfo.frameRate; }
-  bool IsDropFrame() const override { return false; }
-  tether::FrameRect GetFrameSize() const override {
-    return tether::FrameRect{0, 0, static_cast<int32_t>(mInfo.width), static_cast<int32_t>(mInfo.height)};
-  }
-  tether::PixelAspectRatio GetPixelAspectRatio() const override { return mInfo.pixelAspectRatio; }
-  tether::FieldType GetFieldType() const override { return mInfo.fieldType; }
-  tether::FieldType GetNativeFieldType() const override { return mInfo.fieldType; }
-  std::vector<tether::PixelFormat> GetNativePixelFormats() const override { return mInfo.nativePixelFormats; }
-  float GetAlphaMatteColorR() const override { return 0; }
-  float GetAlphaMatteColorG() const override { return 0; }
-  float GetAlphaMatteColorB() const override { return 0; }
-  bool HasFrozenUnstretchableRegions() const override { return false; }
-  bool HasVideo() const override { return true; }
-  bool HasAudio() const override { return true; }
-  std::vector<tether::AudioChannelLabel> GetAudioChannelLayout() const override { return mInfo.audioChannelLayout; }
-  tether::FrameRate GetAudioSampleRate() const override { return mInfo.audioSampleRate; }
-  kilncore::WideString GetName() const override { return mInfo.name; }
-  Guid GetContentState() const override { return mInfo.contentState; }
-  Guid GetID() const override { return mInfo.sourceID; }
-  tether::File GetParentProjectFile() const override { return mInfo.file; }
-  void GetVideoRenderer(VideoRendererCallback, const tether::VideoRenderOptions&) override {}
   void GetAudioRenderer(AudioRendererCallback callback, const tether::AudioRenderOptions&, const tether::RatioTime&,
                         uint32_t blockSamples) override {
     ++mOpened;
     callback(tether::kConnectionStatusOK, std::make_shared<PreparedReader>(blockSamples));
   }
-  void SendRequest(const std::any&, ReplyCallback, ErrorCallback) override {}
-  void RenderXMP(const tether::RatioTime&, const tether::RatioTime&, XMPCallback) override {}
-  void GetCaptionData(CaptionDataCallback) override {}
-  void SetCaptionSelectionData(const tether::CaptionSelectionData&, BoolCallback) override {}
-  void DoesSourceContainLink(BoolCallback) override {}
-  void GetRuntimeGuid(GuidCallback) override {}
 
  private:
-  tether::SourceInfo mInfo;
+  static tether::SourceInfo Info() {
+    tether::SourceInfo info = tether::testing::ScriptedSourceSetup::Typical().info;
+    info.duration = kDuration;
+    return info;
+  }
+
   std::atomic<size_t> mOpened{0};
 };
 

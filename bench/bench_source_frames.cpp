@@ -11,6 +11,8 @@
 // return stored values, so that what is measured is this module's work, not
 // the scripted double's call recording. The miss road uses the double, as the
 // render and its renderer come from it.
+#include "StoredItem.h"
+
 #include <source/TetherSource.h>
 
 #include <TetherMedia/Prefs.h>
@@ -42,52 +44,14 @@ using TetherMedia::TetherSource;
 
 constexpr int64_t kFrame = 10584000000;  // one frame at 24 fps, in ticks
 
-// An item that answers every getter from a stored description, at once.
-class StoredItem final : public tether::Source {
- public:
-  StoredItem() { mInfo = tether::testing::ScriptedSourceSetup::Typical().info; }
-
-  const tether::SourceInfo& GetSourceInfo() const override { return mInfo; }
-  void Init(const tether::SourceInfo&, InitCallback) override {}
-  tether::RatioTime GetDuration() const override { return mInfo.duration; }
-  tether::RatioTime GetStartTime() const override { return mInfo.startTime; }
-  tether::RatioTime GetTickCount() const override { return mInfo.tickCount; }
-  tether::RatioTime GetWorkInPoint() const override { return mInfo.workInPoint; }
-  tether::RatioTime GetWorkOutPoint() const override { return mInfo.workOutPoint; }
-  tether::FrameRate GetFrameRate() const override { return mInfo.frameRate; }
-  bool IsDropFrame() const override { return false; }
-  tether::FrameRect GetFrameSize() const override {
-    return tether::FrameRect{0, 0, static_cast<int32_t>(mInfo.width), static_cast<int32_t>(mInfo.height)};
-  }
-  tether::PixelAspectRatio GetPixelAspectRatio() const override { return mInfo.pixelAspectRatio; }
-  tether::FieldType GetFieldType() const override { return mInfo.fieldType; }
-  tether::FieldType GetNativeFieldType() const override { return mInfo.fieldType; }
-  std::vector<tether::PixelFormat> GetNativePixelFormats() const override { return mInfo.nativePixelFormats; }
-  float GetAlphaMatteColorR() const override { return 0; }
-  float GetAlphaMatteColorG() const override { return 0; }
-  float GetAlphaMatteColorB() const override { return 0; }
-  bool HasFrozenUnstretchableRegions() const override { return false; }
-  bool HasVideo() const override { return true; }
-  bool HasAudio() const override { return false; }
-  std::vector<tether::AudioChannelLabel> GetAudioChannelLayout() const override { return {}; }
-  tether::FrameRate GetAudioSampleRate() const override { return tether::kNoFrameRate; }
-  kilncore::WideString GetName() const override { return mInfo.name; }
-  Guid GetContentState() const override { return mInfo.contentState; }
-  Guid GetID() const override { return mInfo.sourceID; }
-  tether::File GetParentProjectFile() const override { return mInfo.file; }
-  void GetVideoRenderer(VideoRendererCallback, const tether::VideoRenderOptions&) override {}
-  void GetAudioRenderer(AudioRendererCallback, const tether::AudioRenderOptions&, const tether::RatioTime&,
-                        uint32_t) override {}
-  void SendRequest(const std::any&, ReplyCallback, ErrorCallback) override {}
-  void RenderXMP(const tether::RatioTime&, const tether::RatioTime&, XMPCallback) override {}
-  void GetCaptionData(CaptionDataCallback) override {}
-  void SetCaptionSelectionData(const tether::CaptionSelectionData&, BoolCallback) override {}
-  void DoesSourceContainLink(BoolCallback) override {}
-  void GetRuntimeGuid(GuidCallback) override {}
-
- private:
-  tether::SourceInfo mInfo;
-};
+// The item of the hit road: a video-only item answering from its description.
+tether::SourceInfo VideoOnlyInfo() {
+  tether::SourceInfo info = tether::testing::ScriptedSourceSetup::Typical().info;
+  info.hasAudio = false;
+  info.audioChannelLayout.clear();
+  info.audioSampleRate = tether::kNoFrameRate;
+  return info;
+}
 
 RL::FrameFormat Format() {
   RL::FrameFormat format;
@@ -106,7 +70,7 @@ const RL::BinaryData& Prefs() {
 
 kilncore::classref::InterfaceRef<TetherSource> StoredSource() {
   kilncore::classref::InterfaceRef<TetherSource> source;
-  TetherSource::Create(source, std::make_shared<StoredItem>(), 0);
+  TetherSource::Create(source, std::make_shared<tetherbench::StoredItem>(VideoOnlyInfo()), 0);
   return source;
 }
 
