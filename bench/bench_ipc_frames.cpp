@@ -1,6 +1,7 @@
 // Frames from a server process to the client, against the same bytes moved by
 // memcpy and by a pipe; a warm buffer pool against a fresh buffer per frame;
-// a tiny request's round trip against a bare Unix-socket ping-pong.
+// a tiny request's round trip against a bare Unix-socket ping-pong. The link
+// is measured both one frame at a time and, as a player asks, one frame ahead.
 //
 // In every frame benchmark the producer only writes the bytes and the consumer
 // reads every byte, so that what differs is how the bytes travel.
@@ -22,6 +23,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <deque>
 #include <future>
 #include <thread>
 #include <vector>
@@ -99,7 +101,48 @@ void IpcFrames(benchmark::State& state, bool cold) {
   state.SetItemsProcessed(state.iterations());
 }
 
+using Block = std::shared_ptr<processcoordination::BinaryReference>;
+
+// Asks for frame `frame` and gives the future of its block.
+std::future<Block> RequestFrame(tether::VideoRenderer& renderer, int64_t frame) {
+  auto promise = std::make_shared<std::promise<Block>>();
+  auto future = promise->get_future();
+  renderer.RenderVideo([promise](const Guid&, const Block& block, int) { promise->set_value(block); },
+                       Guid::CreateUnique(), tether::RatioTime(frame, 25));
+  return future;
+}
+
+// As a player runs: `ahead` renders are asked for beyond the frame being
+// read, so the server fills the next frames while the client reads this one.
+// The pipe baseline overlaps its producer and consumer the same way.
+void IpcFramesAhead(benchmark::State& state, size_t ahead) {
+  const int width = static_cast<int>(state.range(0));
+  const int height = static_cast<int>(state.range(1));
+  Link link = OpenLink(false, width, height);
+  int64_t frame = 0;
+  std::deque<std::future<Block>> inFlight;
+  for (size_t i = 0; i < ahead; ++i) inFlight.push_back(RequestFrame(*link.renderer, frame++));
+  for (auto _ : state) {
+    inFlight.push_back(RequestFrame(*link.renderer, frame++));
+    Block block = inFlight.front().get();
+    inFlight.pop_front();
+    if (!block) {
+      state.SkipWithError("render failed");
+      break;
+    }
+    benchmark::DoNotOptimize(ReadAll(block->GetAddress(), block->GetSize()));
+    block->ReleaseAddress();
+  }
+  // The frames still asked for are let go unread, so the pool gets them back.
+  for (auto& pending : inFlight) {
+    if (Block block = pending.get()) block->ReleaseAddress();
+  }
+  state.SetBytesProcessed(state.iterations() * int64_t{width} * height * 4);
+  state.SetItemsProcessed(state.iterations());
+}
+
 void BM_IpcFramesWarmPool(benchmark::State& state) { IpcFrames(state, false); }
+void BM_IpcFramesOneAhead(benchmark::State& state) { IpcFramesAhead(state, 1); }
 void BM_IpcFramesFreshBuffer(benchmark::State& state) { IpcFrames(state, true); }
 
 void BM_MemcpyFrames(benchmark::State& state) {
@@ -192,6 +235,7 @@ void BM_BareSocketPingPong(benchmark::State& state) {
 #define FRAME_SIZES Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMillisecond)->UseRealTime()
 
 BENCHMARK(BM_IpcFramesWarmPool)->FRAME_SIZES;
+BENCHMARK(BM_IpcFramesOneAhead)->FRAME_SIZES;
 BENCHMARK(BM_IpcFramesFreshBuffer)->FRAME_SIZES;
 BENCHMARK(BM_MemcpyFrames)->FRAME_SIZES;
 BENCHMARK(BM_PipeFrames)->FRAME_SIZES;
