@@ -77,30 +77,6 @@ Link OpenLink(bool cold, int width, int height) {
   return link;
 }
 
-void IpcFrames(benchmark::State& state, bool cold) {
-  const int width = static_cast<int>(state.range(0));
-  const int height = static_cast<int>(state.range(1));
-  Link link = OpenLink(cold, width, height);
-  int64_t frame = 0;
-  for (auto _ : state) {
-    std::promise<std::shared_ptr<processcoordination::BinaryReference>> promise;
-    link.renderer->RenderVideo(
-        [&](const Guid&, const std::shared_ptr<processcoordination::BinaryReference>& block, int) {
-          promise.set_value(block);
-        },
-        Guid::CreateUnique(), tether::RatioTime(frame++, 25));
-    auto block = promise.get_future().get();
-    if (!block) {
-      state.SkipWithError("render failed");
-      break;
-    }
-    benchmark::DoNotOptimize(ReadAll(block->GetAddress(), block->GetSize()));
-    block->ReleaseAddress();
-  }
-  state.SetBytesProcessed(state.iterations() * int64_t{width} * height * 4);
-  state.SetItemsProcessed(state.iterations());
-}
-
 using Block = std::shared_ptr<processcoordination::BinaryReference>;
 
 // Asks for frame `frame` and gives the future of its block.
@@ -112,13 +88,15 @@ std::future<Block> RequestFrame(tether::VideoRenderer& renderer, int64_t frame) 
   return future;
 }
 
-// As a player runs: `ahead` renders are asked for beyond the frame being
-// read, so the server fills the next frames while the client reads this one.
-// The pipe baseline overlaps its producer and consumer the same way.
-void IpcFramesAhead(benchmark::State& state, size_t ahead) {
+// Reads frame after frame, each read whole. With `ahead` 0 each frame is
+// asked for only once the last one is read; otherwise `ahead` renders are
+// asked for beyond the frame being read, as a player does, so the server
+// fills the next frames while the client reads this one (the pipe baseline
+// overlaps its producer and consumer the same way).
+void IpcFrames(benchmark::State& state, bool cold, size_t ahead) {
   const int width = static_cast<int>(state.range(0));
   const int height = static_cast<int>(state.range(1));
-  Link link = OpenLink(false, width, height);
+  Link link = OpenLink(cold, width, height);
   int64_t frame = 0;
   std::deque<std::future<Block>> inFlight;
   for (size_t i = 0; i < ahead; ++i) inFlight.push_back(RequestFrame(*link.renderer, frame++));
@@ -141,9 +119,9 @@ void IpcFramesAhead(benchmark::State& state, size_t ahead) {
   state.SetItemsProcessed(state.iterations());
 }
 
-void BM_IpcFramesWarmPool(benchmark::State& state) { IpcFrames(state, false); }
-void BM_IpcFramesOneAhead(benchmark::State& state) { IpcFramesAhead(state, 1); }
-void BM_IpcFramesFreshBuffer(benchmark::State& state) { IpcFrames(state, true); }
+void BM_IpcFramesWarmPool(benchmark::State& state) { IpcFrames(state, false, 0); }
+void BM_IpcFramesOneAhead(benchmark::State& state) { IpcFrames(state, false, 1); }
+void BM_IpcFramesFreshBuffer(benchmark::State& state) { IpcFrames(state, true, 0); }
 
 void BM_MemcpyFrames(benchmark::State& state) {
   const size_t size = static_cast<size_t>(state.range(0) * state.range(1) * 4);
