@@ -36,6 +36,7 @@ inline constexpr int32_t kGeneralFailure = static_cast<int32_t>(0xA00F0001u);
 inline constexpr int32_t kUserCanceled = static_cast<int32_t>(0xA00F0007u);
 inline constexpr int32_t kNotOffered = static_cast<int32_t>(0xA00F000Cu);
 inline constexpr int32_t kFutureIsCancelled = static_cast<int32_t>(0xF3610004u);
+inline constexpr int32_t kFutureNotReady = static_cast<int32_t>(0xF3610002u);
 
 inline const kilncore::utility::Guid kItem("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
 inline const kilncore::utility::Guid kOtherItem("1F2E3D4C-5B6A-7988-97A6-B5C4D3E2F101");

@@ -66,10 +66,18 @@ TEST_F(TetherSourceClipStreamTest, ReplacingAClipsStreamHandsBackTheOldId) {
   EXPECT_EQ(source->FindClipStreamInstanceID(3), replacement);
 }
 
-TEST_F(TetherSourceClipStreamTest, SourceWithoutClipStreamsLeavesTheTableAlone) {
-  const size_t before = WF::CountCallbackInstances();
-  { SourceRef source = MakeSource(); }
-  EXPECT_EQ(WF::CountCallbackInstances(), before);
+TEST_F(TetherSourceClipStreamTest, SourceHandsBackOnlyItsOwnIds) {
+  std::atomic<int> gone{0};
+  // Another owner's object, filed while the source lives.
+  const int32_t other = WF::CreateUniqueCallbackInstanceID(ObjectRef(std::make_shared<ClipStream>(gone)));
+  {
+    SourceRef source = MakeSource();
+    ASSERT_TRUE(source);
+    source->AdoptClipStream(1, ObjectRef(std::make_shared<ClipStream>(gone)));
+  }
+  EXPECT_TRUE(WF::FindCallbackInstance(other));
+  EXPECT_EQ(gone, 1);
+  WF::RemoveIDFromInstanceIDMap(other);
 }
 
 }  // namespace

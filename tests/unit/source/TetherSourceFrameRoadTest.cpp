@@ -1,11 +1,14 @@
 #include "SourceTestSupport.h"
 
+#include <mediainfo/ServerWait.h>
+
 #include <kilncore/debug/TraceCapture.h>
 #include <kilnmediatypes/RatioTime.h>
 #include <tether/testing/CallRecord.h>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <future>
 #include <thread>
 #include <vector>
@@ -318,6 +321,17 @@ TEST_F(TetherSourceFrameRoadTest, CancelPendingRequestsReleasesARenderARendererC
   EXPECT_EQ(source->GetVideoRendererCount(), 0u);
   EXPECT_EQ(Calls(Operation::kRenderVideo), 0u);
   source->CancelFrameRender(TickTime(0), NativeFormat(), prefs);
+}
+
+TEST_F(TetherSourceFrameRoadTest, RequestNeverAnsweredEndsAtTheDeadlineAndIsForgotten) {
+  SourceRef source = MakeSource();
+  ASSERT_TRUE(source);
+  const ServerWait::ScopedDeadlineForTesting shortDeadline(std::chrono::milliseconds(50));
+  TetherSource::Request request;
+  Guid requestID;
+  source->AddRequest(request, requestID);
+  EXPECT_EQ(source->WaitForRequest(request, requestID), kFutureNotReady);
+  EXPECT_EQ(source->GetOpenRequestCount(), 0u);
 }
 
 TEST_F(TetherSourceFrameRoadTest, RenderInFlightWhenTheSourceIsSwappedEndsUnderItsOwnIdentifier) {
