@@ -159,9 +159,8 @@ inline RL::BinaryData ItemPrefs(const kilncore::WideString& renderOptions = {}) 
   return BuildPrefsWithApplicationSpecificRenderOptions(ItemID().AsString(), renderOptions);
 }
 
-// Prefs of a source of its own. An ended request leaves the table just after
-// its waiter wakes, so tests that open one path twice in a row name different
-// sources, or the second could meet the first still registered.
+// Prefs of a source of its own, for tests whose items must share no request
+// key even while an earlier item's opening is still running.
 inline RL::BinaryData UniquePrefs(const kilncore::WideString& renderOptions = {}) {
   return BuildPrefsWithApplicationSpecificRenderOptions(
       kilncore::utility::Guid::CreateUnique().AsString(), renderOptions);

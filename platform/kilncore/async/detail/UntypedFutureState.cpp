@@ -11,6 +11,20 @@ namespace {
 
 constexpr const char* kDispatchLogContext = "kilncore::async::detail::UntypedFutureState::Dispatch";
 
+// The states whose continuations this thread is running at completion,
+// innermost last (a continuation that completes a chained state nests). A state
+// is listed only inside DispatchAtCompletion, which keeps it alive meanwhile.
+thread_local std::vector<const UntypedFutureState*> tStatesDispatching;
+
+// Lists a state in tStatesDispatching for the life of the scope.
+class DispatchingScope {
+ public:
+  explicit DispatchingScope(const UntypedFutureState* state) { tStatesDispatching.push_back(state); }
+  ~DispatchingScope() { tStatesDispatching.pop_back(); }
+  DispatchingScope(const DispatchingScope&) = delete;
+  DispatchingScope& operator=(const DispatchingScope&) = delete;
+};
+
 }  // namespace
 
 UntypedFutureState::UntypedFutureState(ExecutorPtr executor)
@@ -55,13 +69,35 @@ bool UntypedFutureState::CompleteLocked(std::unique_lock<std::mutex>& lock,
   continuations.swap(mContinuations);
   lock.unlock();
 
-  mReadyCondition.notify_all();
+  // No notification yet: a waiter that woke now could go on before the
+  // continuations have done their work (a request still in its table).
+  DispatchAtCompletion(std::move(continuations));
+  return true;
+}
+
+void UntypedFutureState::DispatchAtCompletion(std::vector<std::function<void()>> continuations) {
   // Whoever completes holds a strong reference (a promise locks its weak one
   // first), so this never comes back empty here; the reference keeps the state
   // alive for executors that run the continuation later.
   const std::shared_ptr<UntypedFutureState> self = weak_from_this().lock();
-  for (auto& continuation : continuations) Dispatch(std::move(continuation), self);
-  return true;
+  {
+    const DispatchingScope scope(this);
+    for (auto& continuation : continuations) Dispatch(std::move(continuation), self);
+  }
+  Settle();
+}
+
+void UntypedFutureState::Settle() const {
+  // Notified under the mutex: a woken waiter may drop the last reference to this
+  // state as soon as it returns, and nothing here may touch the state after that.
+  std::lock_guard lock(mMutex);
+  if (mSettled) return;
+  mSettled = true;
+  mReadyCondition.notify_all();
+}
+
+void UntypedFutureState::SettleStatesOfThisThread() {
+  for (const UntypedFutureState* state : tStatesDispatching) state->Settle();
 }
 
 void UntypedFutureState::AddContinuation(std::function<void()> continuation) {
@@ -89,8 +125,22 @@ void UntypedFutureState::Dispatch(std::function<void()> continuation,
 }
 
 bool UntypedFutureState::WaitUntil(const std::chrono::steady_clock::time_point& deadline) const {
+  // Before taking this state's mutex: settling locks other states, one at a
+  // time, and no two state mutexes are ever held together.
+  SettleStatesOfThisThread();
   std::unique_lock lock(mMutex);
-  return mReadyCondition.wait_until(lock, deadline, [this] { return mReady; });
+  while (!mSettled) {
+    ++mBlockedWaiters;
+    const std::cv_status status = mReadyCondition.wait_until(lock, deadline);
+    --mBlockedWaiters;
+    if (status == std::cv_status::timeout) break;
+  }
+  return mReady;
+}
+
+std::size_t UntypedFutureState::GetBlockedWaiterCount() const {
+  std::lock_guard lock(mMutex);
+  return mBlockedWaiters;
 }
 
 void UntypedFutureState::KeepAlive(std::shared_ptr<const UntypedFutureState> other) {

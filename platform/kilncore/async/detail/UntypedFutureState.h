@@ -23,6 +23,18 @@ namespace kilncore::async::detail {
 // - Completing marks the state ready, takes the continuations out under the
 //   state's mutex, then, with the mutex released, hands them to the executor,
 //   in the order of attachment, on the completing thread.
+// - A waiter returns only once the state is settled: ready, and every
+//   continuation attached before completion handed to the executor (with the
+//   default, inline executor: run to its end). So whatever a continuation does
+//   on completion (a request leaving its table) is done before the waiter goes
+//   on. Continuations attached after completion hold nobody back.
+// - One exception keeps that from ever blocking a waiter for good: when a
+//   thread that is running continuations itself starts to wait on a state (any
+//   state, this one included), every state whose continuations that thread is
+//   running counts as settled from then on. A continuation that waits on a
+//   future depends on something outside its state; holding the state's waiters
+//   back behind it could close a cycle (two continuations each waiting on the
+//   other's state, or one waiting on its own state).
 // - A continuation attached to a ready state is handed over at once, on the
 //   attaching thread.
 // - When the promise count falls to zero before the state is ready, the state
@@ -55,8 +67,14 @@ class UntypedFutureState : public std::enable_shared_from_this<UntypedFutureStat
   // if it is ready already.
   void AddContinuation(std::function<void()> continuation);
 
-  // Blocks until the state is ready or `deadline` passes; true if ready.
+  // Blocks until the state is settled (see above) or `deadline` passes; true if
+  // the state is ready. A state that is ready but not settled at the deadline
+  // still answers true: its result is there.
   bool WaitUntil(const std::chrono::steady_clock::time_point& deadline) const;
+
+  // How many threads are asleep in WaitUntil right now. For diagnostics and
+  // tests that must know a waiter is blocked before they let a continuation go.
+  std::size_t GetBlockedWaiterCount() const;
 
   // Keeps `other` alive for as long as this state lives. A chained state uses it
   // on the state that it follows.
@@ -82,15 +100,27 @@ class UntypedFutureState : public std::enable_shared_from_this<UntypedFutureStat
   // continuations are handed over.
   bool CompleteLocked(std::unique_lock<std::mutex>& lock, std::exception_ptr exception,
                       const std::function<void()>& storeValue);
+  // Hands the continuations taken out at completion to the executor, with this
+  // state marked as the calling thread's own while they run, then settles it.
+  void DispatchAtCompletion(std::vector<std::function<void()>> continuations);
   // Hands one continuation to the executor; `self` keeps this state alive until
   // it has run (null from the destructor).
   void Dispatch(std::function<void()> continuation,
                 const std::shared_ptr<UntypedFutureState>& self) noexcept;
+  // Lets the waiters go. Idempotent.
+  void Settle() const;
+  // Settles every state whose continuations the calling thread is running: it
+  // is about to wait, and must not hold anyone back while it does.
+  static void SettleStatesOfThisThread();
 
   mutable std::mutex mMutex;
   mutable std::condition_variable mReadyCondition;
   const ExecutorPtr mExecutor;
   bool mReady = false;
+  // Ready, and the continuations attached before completion handed over (or the
+  // thread running them has started to wait). Waiters wait for this.
+  mutable bool mSettled = false;
+  mutable std::size_t mBlockedWaiters = 0;
   std::exception_ptr mException;
   std::vector<std::function<void()>> mContinuations;
   std::size_t mPromiseCount = 0;
