@@ -124,9 +124,10 @@ tether::MarlRenderOptions ReadMarlRenderOptions(const std::any& root) {
 tether::MarlRenderOptions ParseMarlRenderOptions(const kilncore::WideString& renderOptions) {
   JSONValuePtr root = kilncore::serialization::JSONParse(renderOptions);
   if (root && std::any_cast<JSONObject>(root.get()) != nullptr) {
-    if (JSONValuePtr wrapped = GetVariantInObject(root, kWrapperKey)) {
-      root = std::move(wrapped);
-    }
+    // A null wrapper is no wrapper: JSON null parses as a present but empty
+    // value, which every reader takes for null.
+    JSONValuePtr wrapped = GetVariantInObject(root, kWrapperKey);
+    if (wrapped && wrapped->has_value()) root = std::move(wrapped);
   }
   if (!root) {
     throw std::runtime_error("JSON not well-formed");

@@ -419,8 +419,30 @@ TEST(ParseMarlRenderOptionsTest, WrapperIsOpenedOnlyOnce) {
             MarlRenderOptions());
 }
 
+TEST(ParseMarlRenderOptionsTest, NullWrapperIsReadAsTheUnwrappedObjectWithEveryField) {
+  const MarlRenderOptions unwrapped = Parse(MarlObject("3", kAllMembers));
+  ASSERT_NE(unwrapped, MarlRenderOptions());
+  EXPECT_EQ(Parse(R"({"SerializerWrappedObject":null,"applicationID":"Marl","version":3,)" + kAllMembers + "}"),
+            unwrapped);
+  EXPECT_EQ(Parse(R"({"applicationID":"Marl","version":3,)" + kAllMembers + R"(,"SerializerWrappedObject":null})"),
+            unwrapped);
+  EXPECT_EQ(Parse(R"({"SerializerWrappedObject":null,"applicationID":"Marl","version":3,)" + kAllMembers + "}")
+                .artisanQuality,
+            7u);
+}
+
+TEST(ParseMarlRenderOptionsTest, WrapperObjectIsReadInPlaceOfTheOuterOne) {
+  const MarlRenderOptions unwrapped = Parse(MarlObject("11", kAllMembers));
+  EXPECT_EQ(Parse(R"({"applicationID":"Other","version":1,"SerializerWrappedObject":)" +
+                  MarlObject("11", kAllMembers) + "}"),
+            unwrapped);
+}
+
+TEST(ParseMarlRenderOptionsTest, NullWrapperAloneReadsAsOptionsOfNoOwner) {
+  EXPECT_EQ(Parse(R"({"SerializerWrappedObject":null})"), MarlRenderOptions());
+}
+
 TEST(ParseMarlRenderOptionsTest, WrappedValueThatIsNoObjectThrowsBadAnyCast) {
-  EXPECT_THROW(Parse(R"({"SerializerWrappedObject":null})"), std::bad_any_cast);
   EXPECT_THROW(Parse(R"({"SerializerWrappedObject":"Marl"})"), std::bad_any_cast);
   EXPECT_THROW(Parse(R"({"SerializerWrappedObject":[]})"), std::bad_any_cast);
 }
