@@ -1,7 +1,7 @@
 #include <TetherMedia/ProjectEnumeration.h>
 
 #include <mediainfo/ServerConnectionWaits.h>
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 
 #include <tether/Container.h>
 #include <tether/File.h>

@@ -2,13 +2,13 @@
 // asset, and the wait for the chain of server callbacks.
 
 #include <mediainfo/TetherMediaInfo.h>
+#include <requests/ServerWait.h>
 
 #include <FarsideCL/AssetName.h>
 #include <KL/FarsideAvailability.h>
 #include <KL/FontSetUpdateManager.h>
 #include <TetherMedia/Prefs.h>
 #include <TetherMedia/RequestFutures.h>
-#include <mediainfo/ServerWait.h>
 #include <kilncore/allocator/STLAllocator.h>
 #include <kilncore/debug/TraceSite.h>
 #include <kilncore/string/UTFConversion.h>

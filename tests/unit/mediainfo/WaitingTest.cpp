@@ -1,6 +1,6 @@
 #include "MediaInfoTestSupport.h"
 
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 
 #include <TetherMedia/RequestFutures.h>
 

@@ -5,8 +5,8 @@
 
 #include "CreationTestSupport.h"
 
-#include <mediainfo/ServerWait.h>
 #include <requests/RequestTableForTesting.h>
+#include <requests/ServerWait.h>
 
 #include <Crate/ApplicationType.h>
 #include <KL/FarsideAvailability.h>

@@ -2,7 +2,7 @@
 // stores on success, and the fixed text and code of each failure.
 
 #include <mediainfo/ServerConnectionWaits.h>
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 
 #include <kilncore/async/FuturePromisePair.h>
 #include <kilncore/config/KilnException.h>

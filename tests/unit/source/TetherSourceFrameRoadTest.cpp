@@ -1,6 +1,6 @@
 #include "SourceTestSupport.h"
 
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 
 #include <kilncore/debug/TraceCapture.h>
 #include <kilnmediatypes/RatioTime.h>

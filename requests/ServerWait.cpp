@@ -1,4 +1,4 @@
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 
 #include <TetherMedia/RequestFutures.h>
 

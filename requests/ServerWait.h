@@ -14,8 +14,10 @@ namespace TetherMedia {
 
 // How a host thread, which calls the module synchronously, waits for an answer
 // that the client library gives through a callback on one of its own threads.
-// Every blocking answer of a linked item goes through here, so that all of them
-// end the same ways and with the same codes.
+// Every blocking answer of a linked item and of its stream object goes through
+// here, so that all of them end the same ways and with the same codes. It sits
+// beside CreateRequestFuture, whose futures it waits on, so that the item and
+// the stream object both reach it downward.
 //
 // Typical use, with the slots and binders of BaseMediaInfo:
 //
