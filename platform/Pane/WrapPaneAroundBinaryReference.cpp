@@ -16,17 +16,9 @@ bool FitsInBytes(const PaneGeometry& geometry, size_t size) noexcept {
   return needed <= size;
 }
 
-}  // namespace
-
-int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination::BinaryReference>& reference,
-                                      const kilncore::utility::Guid& identifier,
-                                      kilncore::classref::InterfaceRef<RL::IPane>& outFrame) {
-  return WrapPaneAroundBinaryReference(reference, identifier, PaneGeometry(), outFrame);
-}
-
-int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination::BinaryReference>& reference,
-                                      const kilncore::utility::Guid& identifier, const PaneGeometry& geometry,
-                                      kilncore::classref::InterfaceRef<RL::IPane>& outFrame) {
+int32_t WrapPaneReal(const std::shared_ptr<processcoordination::BinaryReference>& reference,
+                     const kilncore::utility::Guid& identifier, const PaneGeometry& geometry,
+                     kilncore::classref::InterfaceRef<RL::IPane>& outFrame) {
   if (!reference || !FitsInBytes(geometry, reference->GetSize())) {
     return kilncore::config::kGeneralFailure;
   }
@@ -44,6 +36,25 @@ int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination:
     throw;
   }
   return 0;
+}
+
+}  // namespace
+
+kilncore::utility::Seam<WrapPaneAroundBinaryReferenceSignature>& WrapPaneAroundBinaryReferenceSeam() {
+  static auto* const seam = new kilncore::utility::Seam<WrapPaneAroundBinaryReferenceSignature>(&WrapPaneReal);
+  return *seam;
+}
+
+int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination::BinaryReference>& reference,
+                                      const kilncore::utility::Guid& identifier,
+                                      kilncore::classref::InterfaceRef<RL::IPane>& outFrame) {
+  return WrapPaneAroundBinaryReferenceSeam()(reference, identifier, PaneGeometry(), outFrame);
+}
+
+int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination::BinaryReference>& reference,
+                                      const kilncore::utility::Guid& identifier, const PaneGeometry& geometry,
+                                      kilncore::classref::InterfaceRef<RL::IPane>& outFrame) {
+  return WrapPaneAroundBinaryReferenceSeam()(reference, identifier, geometry, outFrame);
 }
 
 }  // namespace Pane

@@ -6,6 +6,7 @@
 
 #include <kilncore/classref/InterfaceRef.h>
 #include <kilncore/utility/Guid.h>
+#include <kilncore/utility/Seam.h>
 #include <processcoordination/BinaryReference.h>
 
 #include <cstdint>
@@ -42,5 +43,12 @@ int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination:
 int32_t WrapPaneAroundBinaryReference(const std::shared_ptr<processcoordination::BinaryReference>& reference,
                                       const kilncore::utility::Guid& identifier, const PaneGeometry& geometry,
                                       kilncore::classref::InterfaceRef<RL::IPane>& outFrame);
+
+using WrapPaneAroundBinaryReferenceSignature =
+    int32_t(const std::shared_ptr<processcoordination::BinaryReference>&, const kilncore::utility::Guid&,
+            const PaneGeometry&, kilncore::classref::InterfaceRef<RL::IPane>&);
+// Seam of both forms (see kilncore/utility/Seam.h); the form without a geometry
+// reaches it with a default PaneGeometry.
+kilncore::utility::Seam<WrapPaneAroundBinaryReferenceSignature>& WrapPaneAroundBinaryReferenceSeam();
 
 }  // namespace Pane

@@ -7,10 +7,15 @@ namespace WF {
 
 using kilncore::classref::InterfaceRef;
 
-InterfaceRef<AudioSourcePool> AudioSourcePool::Create() {
-  static const std::shared_ptr<AudioSourcePool> pool = std::make_shared<AudioSourcePool>();
-  return pool;
+kilncore::utility::Seam<InterfaceRef<AudioSourcePool>()>& AudioSourcePool::CreateSeam() {
+  static auto* const seam = new kilncore::utility::Seam<InterfaceRef<AudioSourcePool>()>([] {
+    static const std::shared_ptr<AudioSourcePool> pool = std::make_shared<AudioSourcePool>();
+    return InterfaceRef<AudioSourcePool>(pool);
+  });
+  return *seam;
 }
+
+InterfaceRef<AudioSourcePool> AudioSourcePool::Create() { return CreateSeam()(); }
 
 AudioSourcePool::~AudioSourcePool() = default;
 

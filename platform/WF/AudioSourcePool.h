@@ -7,6 +7,7 @@
 #include <kilncore/classref/Unknown.h>
 #include <kilncore/string/WideString.h>
 #include <kilncore/utility/Guid.h>
+#include <kilncore/utility/Seam.h>
 #include <kilnmediatypes/AudioChannelDescription.h>
 #include <kilnmediatypes/FrameRate.h>
 #include <kilnmediatypes/TickTime.h>
@@ -35,8 +36,11 @@ namespace WF {
 // Thread-safe. The pool's lock is never held while a source's own code runs.
 class AudioSourcePool : public kilncore::classref::Unknown {
  public:
-  // The host-wide pool. Never null.
+  // The host-wide pool. Never null in the reference host; the host's own
+  // library may answer null, which its seam lets a test play.
   static kilncore::classref::InterfaceRef<AudioSourcePool> Create();
+  // Host policy seam of Create (see kilncore/utility/Seam.h).
+  static kilncore::utility::Seam<kilncore::classref::InterfaceRef<AudioSourcePool>()>& CreateSeam();
 
   // A pool of its own, for tests; make it with std::make_shared.
   AudioSourcePool() = default;

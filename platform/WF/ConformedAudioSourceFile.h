@@ -3,6 +3,7 @@
 #include <WF/AudioSourceImpl.h>
 
 #include <kilncore/classref/InterfaceRef.h>
+#include <kilncore/utility/Seam.h>
 
 namespace WF {
 
@@ -26,6 +27,13 @@ class ConformedAudioSourceFile : public AudioSourceImpl {
       const kilncore::utility::Guid& contentState, const kilncore::utility::Guid& documentID,
       const kilncore::WideString& path, size_t streamIndex, const kilncore::WideString& conformPathA,
       const kilncore::WideString& conformPathB, const kilncore::utility::ImmutableString& stationID);
+  using CreateSignature = kilncore::classref::InterfaceRef<DR::IAudioSource>(
+      kilncore::classref::InterfaceRef<DR::IAudioSource>, const RL::BinaryData&, const kilnmediatypes::FrameRate&,
+      const kilncore::WideString&, const kilncore::utility::Guid&, const kilncore::utility::Guid&,
+      const kilncore::WideString&, size_t, const kilncore::WideString&, const kilncore::WideString&,
+      const kilncore::utility::ImmutableString&);
+  // Host policy seam of Create (see kilncore/utility/Seam.h).
+  static kilncore::utility::Seam<CreateSignature>& CreateSeam();
 
   ConformedAudioSourceFile(kilncore::classref::InterfaceRef<DR::IAudioSource> source,
                            AudioSourceDescription description);

@@ -27,30 +27,44 @@ ExclusionTable& Table() {
   return table;
 }
 
-}  // namespace
-
-FileOpenExclusion::FileOpenExclusion(kilncore::WideStringView path) : mPath(path) {
+void Enter(kilncore::WideStringView path) {
   auto& table = Table();
   const auto self = std::this_thread::get_id();
   std::unique_lock lock(table.mutex);
   table.released.wait(lock, [&] {
-    const auto found = table.held.find(mPath);
+    const auto found = table.held.find(path);
     return found == table.held.end() || found->second.thread == self;
   });
-  Holder& holder = table.held[mPath];
+  Holder& holder = table.held[kilncore::WideString(path)];
   holder.thread = self;
   ++holder.depth;
 }
 
-FileOpenExclusion::~FileOpenExclusion() {
+void Leave(kilncore::WideStringView path) {
   auto& table = Table();
   {
     const std::lock_guard lock(table.mutex);
-    const auto found = table.held.find(mPath);
+    const auto found = table.held.find(path);
     if (found == table.held.end() || --found->second.depth > 0) return;
     table.held.erase(found);
   }
   table.released.notify_all();
 }
+
+}  // namespace
+
+kilncore::utility::Seam<void(kilncore::WideStringView)>& FileOpenExclusion::EnterSeam() {
+  static auto* const seam = new kilncore::utility::Seam<void(kilncore::WideStringView)>(&Enter);
+  return *seam;
+}
+
+kilncore::utility::Seam<void(kilncore::WideStringView)>& FileOpenExclusion::LeaveSeam() {
+  static auto* const seam = new kilncore::utility::Seam<void(kilncore::WideStringView)>(&Leave);
+  return *seam;
+}
+
+FileOpenExclusion::FileOpenExclusion(kilncore::WideStringView path) : mPath(path) { EnterSeam()(mPath); }
+
+FileOpenExclusion::~FileOpenExclusion() { LeaveSeam()(mPath); }
 
 }  // namespace Wharf

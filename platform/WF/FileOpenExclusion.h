@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kilncore/string/WideString.h>
+#include <kilncore/utility/Seam.h>
 
 namespace Wharf {
 
@@ -26,6 +27,12 @@ class FileOpenExclusion {
   FileOpenExclusion(const FileOpenExclusion&) = delete;
   FileOpenExclusion& operator=(const FileOpenExclusion&) = delete;
   ~FileOpenExclusion();
+
+  // Seams of the two ends of an exclusion (see kilncore/utility/Seam.h): taking
+  // it for a path (made) and giving it back (released). Their records, read
+  // together, tell which exclusion was held around what.
+  static kilncore::utility::Seam<void(kilncore::WideStringView)>& EnterSeam();
+  static kilncore::utility::Seam<void(kilncore::WideStringView)>& LeaveSeam();
 
  private:
   kilncore::WideString mPath;

@@ -21,24 +21,47 @@ bool HasOneOfExtensions(kilncore::WideStringView path,
   return false;
 }
 
+using PathTest = kilncore::utility::Seam<bool(kilncore::WideStringView)>;
+
 }  // namespace
 
+kilncore::utility::Seam<bool(kilncore::WideStringView, bool)>& IsMarlProjectSeam() {
+  static auto* const seam = new kilncore::utility::Seam<bool(kilncore::WideStringView, bool)>(
+      [](kilncore::WideStringView path, bool graphicsTemplateOnly) {
+        if (graphicsTemplateOnly) return HasOneOfExtensions(path, {kMarlGraphicsTemplateExtension});
+        return HasOneOfExtensions(path, {kMarlProjectExtension, kMarlXMLProjectExtension,
+                                         kMarlTextTemplateExtension, kMarlGraphicsTemplateExtension});
+      });
+  return *seam;
+}
+
+PathTest& IsSprocketProjectSeam() {
+  static auto* const seam = new PathTest(
+      [](kilncore::WideStringView path) { return HasOneOfExtensions(path, {kSprocketProjectExtension}); });
+  return *seam;
+}
+
+PathTest& IsTolmenProjectSeam() {
+  static auto* const seam = new PathTest([](kilncore::WideStringView path) {
+    return HasOneOfExtensions(path, {kTolmenProjectExtension_Legacy, kTolmenProjectExtension_Unified});
+  });
+  return *seam;
+}
+
+PathTest& IsFCPProjectSeam() {
+  static auto* const seam =
+      new PathTest([](kilncore::WideStringView path) { return HasOneOfExtensions(path, {kFCPProjectExtension}); });
+  return *seam;
+}
+
 bool IsMarlProject(kilncore::WideStringView path, bool graphicsTemplateOnly) {
-  if (graphicsTemplateOnly) return HasOneOfExtensions(path, {kMarlGraphicsTemplateExtension});
-  return HasOneOfExtensions(path, {kMarlProjectExtension, kMarlXMLProjectExtension,
-                                   kMarlTextTemplateExtension, kMarlGraphicsTemplateExtension});
+  return IsMarlProjectSeam()(path, graphicsTemplateOnly);
 }
 
-bool IsSprocketProject(kilncore::WideStringView path) {
-  return HasOneOfExtensions(path, {kSprocketProjectExtension});
-}
+bool IsSprocketProject(kilncore::WideStringView path) { return IsSprocketProjectSeam()(path); }
 
-bool IsTolmenProject(kilncore::WideStringView path) {
-  return HasOneOfExtensions(path, {kTolmenProjectExtension_Legacy, kTolmenProjectExtension_Unified});
-}
+bool IsTolmenProject(kilncore::WideStringView path) { return IsTolmenProjectSeam()(path); }
 
-bool IsFCPProject(kilncore::WideStringView path) {
-  return HasOneOfExtensions(path, {kFCPProjectExtension});
-}
+bool IsFCPProject(kilncore::WideStringView path) { return IsFCPProjectSeam()(path); }
 
 }  // namespace WF::ImportableFileTypeUtils

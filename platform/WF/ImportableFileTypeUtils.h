@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kilncore/string/WideString.h>
+#include <kilncore/utility/Seam.h>
 
 namespace WF::ImportableFileTypeUtils {
 
@@ -35,5 +36,13 @@ bool IsTolmenProject(kilncore::WideStringView path);
 
 // A Final Cut Pro XML interchange file (".xml").
 bool IsFCPProject(kilncore::WideStringView path);
+
+// Host policy seams of the four tests (see kilncore/utility/Seam.h): which files
+// a host takes for which project is its own matter, and a test may need a path
+// that passes two tests at once.
+kilncore::utility::Seam<bool(kilncore::WideStringView, bool)>& IsMarlProjectSeam();
+kilncore::utility::Seam<bool(kilncore::WideStringView)>& IsSprocketProjectSeam();
+kilncore::utility::Seam<bool(kilncore::WideStringView)>& IsTolmenProjectSeam();
+kilncore::utility::Seam<bool(kilncore::WideStringView)>& IsFCPProjectSeam();
 
 }  // namespace WF::ImportableFileTypeUtils

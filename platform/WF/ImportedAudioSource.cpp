@@ -8,7 +8,9 @@
 
 namespace WF {
 
-int32_t ImportedAudioSource::Create(
+namespace {
+
+int32_t CreateReal(
     kilncore::classref::InterfaceRef<DR::IAudioSource> source, const RL::BinaryData& prefs,
     const kilnmediatypes::FrameRate& frameRate, kilncore::classref::InterfaceRef<DR::IAudioSource>& result,
     const kilncore::WideString& name, const kilncore::utility::Guid& contentState,
@@ -29,6 +31,8 @@ int32_t ImportedAudioSource::Create(
   return 0;
 }
 
+}  // namespace
+
 ImportedAudioSource::ImportedAudioSource(kilncore::classref::InterfaceRef<DR::IAudioSource> source,
                                          AudioSourceDescription description, bool deferOpen, bool readOnly)
     : AudioSourceImpl(std::move(source), std::move(description)), mDeferOpen(deferOpen), mReadOnly(readOnly) {}
@@ -38,6 +42,22 @@ ImportedAudioSource::~ImportedAudioSource() = default;
 void* ImportedAudioSource::QueryMap(const std::string_view& name) {
   if (void* answer = kilncore::classref::AnswerQuery<ImportedAudioSource>(this, name)) return answer;
   return AudioSourceImpl::QueryMap(name);
+}
+
+kilncore::utility::Seam<ImportedAudioSource::CreateSignature>& ImportedAudioSource::CreateSeam() {
+  static auto* const seam = new kilncore::utility::Seam<CreateSignature>(&CreateReal);
+  return *seam;
+}
+
+int32_t ImportedAudioSource::Create(
+    kilncore::classref::InterfaceRef<DR::IAudioSource> source, const RL::BinaryData& prefs,
+    const kilnmediatypes::FrameRate& frameRate, kilncore::classref::InterfaceRef<DR::IAudioSource>& result,
+    const kilncore::WideString& name, const kilncore::utility::Guid& contentState,
+    const kilncore::utility::Guid& documentID, const kilncore::WideString& path, size_t streamIndex,
+    const kilncore::WideString& conformPathA, const kilncore::WideString& conformPathB,
+    const kilncore::utility::ImmutableString& stationID, bool deferOpen, bool readOnly) {
+  return CreateSeam()(std::move(source), prefs, frameRate, result, name, contentState, documentID, path,
+                      streamIndex, conformPathA, conformPathB, stationID, deferOpen, readOnly);
 }
 
 }  // namespace WF

@@ -3,6 +3,7 @@
 #include <WF/AudioSourceImpl.h>
 
 #include <kilncore/classref/InterfaceRef.h>
+#include <kilncore/utility/Seam.h>
 
 namespace WF {
 
@@ -29,6 +30,14 @@ class ImportedAudioSource : public AudioSourceImpl {
                         size_t streamIndex, const kilncore::WideString& conformPathA,
                         const kilncore::WideString& conformPathB,
                         const kilncore::utility::ImmutableString& stationID, bool deferOpen, bool readOnly);
+  using CreateSignature =
+      int32_t(kilncore::classref::InterfaceRef<DR::IAudioSource>, const RL::BinaryData&,
+              const kilnmediatypes::FrameRate&, kilncore::classref::InterfaceRef<DR::IAudioSource>&,
+              const kilncore::WideString&, const kilncore::utility::Guid&, const kilncore::utility::Guid&,
+              const kilncore::WideString&, size_t, const kilncore::WideString&, const kilncore::WideString&,
+              const kilncore::utility::ImmutableString&, bool, bool);
+  // Host policy seam of Create (see kilncore/utility/Seam.h).
+  static kilncore::utility::Seam<CreateSignature>& CreateSeam();
 
   ImportedAudioSource(kilncore::classref::InterfaceRef<DR::IAudioSource> source,
                       AudioSourceDescription description, bool deferOpen, bool readOnly);

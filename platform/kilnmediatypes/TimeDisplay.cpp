@@ -61,14 +61,30 @@ FrameRate TimeDisplay::GetFrameRate() const noexcept {
   return kFrameRate_None;
 }
 
-TimeDisplay GetTimeDisplayForFrameRate(const FrameRate& rate, bool dropFrame,
-                                       bool framesForOtherRates, TimeDisplayType defaultType,
-                                       bool matchNearbyRates) {
+namespace {
+
+TimeDisplay GetTimeDisplayForFrameRateReal(const FrameRate& rate, bool dropFrame, bool framesForOtherRates,
+                                           TimeDisplayType defaultType, bool matchNearbyRates) {
   if (const TimecodeEntry* entry = FindEntry(rate, matchNearbyRates)) {
     return TimeDisplay(dropFrame ? entry->drop : entry->nonDrop);
   }
   if (framesForOtherRates && rate.HasRate()) return TimeDisplay(kTimeDisplayType_Frames);
   return TimeDisplay(defaultType);
+}
+
+}  // namespace
+
+kilncore::utility::Seam<TimeDisplay(const FrameRate&, bool, bool, TimeDisplayType, bool)>&
+GetTimeDisplayForFrameRateSeam() {
+  static auto* const seam =
+      new kilncore::utility::Seam<TimeDisplay(const FrameRate&, bool, bool, TimeDisplayType, bool)>(
+          &GetTimeDisplayForFrameRateReal);
+  return *seam;
+}
+
+TimeDisplay GetTimeDisplayForFrameRate(const FrameRate& rate, bool dropFrame, bool framesForOtherRates,
+                                       TimeDisplayType defaultType, bool matchNearbyRates) {
+  return GetTimeDisplayForFrameRateSeam()(rate, dropFrame, framesForOtherRates, defaultType, matchNearbyRates);
 }
 
 }  // namespace kilnmediatypes

@@ -2,6 +2,8 @@
 
 #include <kilnmediatypes/FrameRate.h>
 
+#include <kilncore/utility/Seam.h>
+
 #include <cstdint>
 
 namespace kilnmediatypes {
@@ -66,5 +68,9 @@ class TimeDisplay {
 TimeDisplay GetTimeDisplayForFrameRate(const FrameRate& rate, bool dropFrame,
                                        bool framesForOtherRates, TimeDisplayType defaultType,
                                        bool matchNearbyRates);
+// Host policy seam of GetTimeDisplayForFrameRate (see kilncore/utility/Seam.h):
+// the table of rates and displays is the host's.
+kilncore::utility::Seam<TimeDisplay(const FrameRate&, bool, bool, TimeDisplayType, bool)>&
+GetTimeDisplayForFrameRateSeam();
 
 }  // namespace kilnmediatypes

@@ -43,7 +43,14 @@ void RunCallbacks(std::vector<std::function<void()>>& callbacks) {
 
 }  // namespace
 
-bool WillTerminate() noexcept { return GetRegistry().willTerminate.load(std::memory_order_acquire); }
+utility::Seam<bool()>& WillTerminateSeam() {
+  // Never destroyed: termination code asks until the very end of the process.
+  static auto* const seam =
+      new utility::Seam<bool()>([] { return GetRegistry().willTerminate.load(std::memory_order_acquire); });
+  return *seam;
+}
+
+bool WillTerminate() noexcept { return WillTerminateSeam()(); }
 
 bool HasReachedAppStateAlready(int state) noexcept {
   return GetRegistry().current.load(std::memory_order_acquire) >= state;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kilncore/appstatemanager/AppState.h>
+#include <kilncore/utility/Seam.h>
 
 #include <cstdint>
 #include <functional>
@@ -10,6 +11,9 @@ namespace kilncore::appstatemanager {
 // True once termination has begun (state kAppStateTerminationStarted or later).
 // Cheap enough to ask on every request.
 bool WillTerminate() noexcept;
+// Host policy seam of WillTerminate (see kilncore/utility/Seam.h): a test can
+// keep the answer false while the states of termination are reached.
+utility::Seam<bool()>& WillTerminateSeam();
 
 // True if the application is in `state` or has passed it.
 bool HasReachedAppStateAlready(int state) noexcept;

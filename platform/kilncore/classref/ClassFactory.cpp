@@ -58,10 +58,20 @@ class ClassRegistry {
 
 }  // namespace
 
+utility::Seam<ClassFactory::RegisterClassSignature>& ClassFactory::RegisterClassSeam() {
+  // Never destroyed: classes may be registered from static initialisers of any
+  // library, and so in any order with this function's statics.
+  static auto* const seam = new utility::Seam<RegisterClassSignature>(
+      [](const utility::Guid& classID, std::string_view idName, std::string_view className, Creator creator) {
+        ClassRegistry::Instance().Set(
+            classID, ClassEntry{std::string(idName), std::string(className), std::move(creator)});
+      });
+  return *seam;
+}
+
 void ClassFactory::RegisterClass(const utility::Guid& classID, std::string_view idName,
                                  std::string_view className, Creator creator) {
-  ClassRegistry::Instance().Set(
-      classID, ClassEntry{std::string(idName), std::string(className), std::move(creator)});
+  RegisterClassSeam()(classID, idName, className, std::move(creator));
 }
 
 bool ClassFactory::UnregisterClass(const utility::Guid& classID) {

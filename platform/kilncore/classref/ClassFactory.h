@@ -3,6 +3,7 @@
 #include <kilncore/classref/InterfaceRef.h>
 #include <kilncore/classref/UnknownBase.h>
 #include <kilncore/utility/Guid.h>
+#include <kilncore/utility/Seam.h>
 
 #include <functional>
 #include <string>
@@ -28,6 +29,10 @@ class ClassFactory {
   // Replaces any earlier registration of `classID`.
   static void RegisterClass(const utility::Guid& classID, std::string_view idName,
                             std::string_view className, Creator creator);
+  using RegisterClassSignature = void(const utility::Guid&, std::string_view, std::string_view, Creator);
+  // Seam of RegisterClass (see kilncore/utility/Seam.h), for tests that count
+  // registrations.
+  static utility::Seam<RegisterClassSignature>& RegisterClassSeam();
 
   // Removes the registration of `classID`; false if there was none.
   static bool UnregisterClass(const utility::Guid& classID);

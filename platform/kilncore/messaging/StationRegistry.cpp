@@ -64,19 +64,36 @@ utility::ImmutableString UniqueStationID() {
   return utility::ImmutableString("kilncore.station." + std::to_string(number));
 }
 
-std::shared_ptr<Station> RegisterStation(const utility::ImmutableString& stationID,
-                                         ObserveStation observe) {
-  return Registry::Instance().Register(stationID, observe);
+// Never destroyed, like the registry: stations come and go during static
+// initialisation and destruction.
+utility::Seam<std::shared_ptr<Station>(const utility::ImmutableString&, ObserveStation)>& RegisterStationSeam() {
+  static auto* const seam =
+      new utility::Seam<std::shared_ptr<Station>(const utility::ImmutableString&, ObserveStation)>(
+          [](const utility::ImmutableString& stationID, ObserveStation observe) {
+            return Registry::Instance().Register(stationID, observe);
+          });
+  return *seam;
 }
 
-bool DisposeStation(const utility::ImmutableString& stationID) {
-  std::shared_ptr<Station> station = Registry::Instance().Remove(stationID);
-  if (!station) return false;
-  station->MarkDisposed();
-  // The registry's reference is released here, outside its lock: the station's
-  // listeners may hold objects whose destruction does anything.
-  return true;
+utility::Seam<bool(const utility::ImmutableString&)>& DisposeStationSeam() {
+  static auto* const seam =
+      new utility::Seam<bool(const utility::ImmutableString&)>([](const utility::ImmutableString& stationID) {
+        std::shared_ptr<Station> station = Registry::Instance().Remove(stationID);
+        if (!station) return false;
+        station->MarkDisposed();
+        // The registry's reference is released here, outside its lock: the
+        // station's listeners may hold objects whose destruction does anything.
+        return true;
+      });
+  return *seam;
 }
+
+std::shared_ptr<Station> RegisterStation(const utility::ImmutableString& stationID,
+                                         ObserveStation observe) {
+  return RegisterStationSeam()(stationID, observe);
+}
+
+bool DisposeStation(const utility::ImmutableString& stationID) { return DisposeStationSeam()(stationID); }
 
 std::shared_ptr<Station> FindStation(const utility::ImmutableString& stationID) {
   return Registry::Instance().Find(stationID);

@@ -2,6 +2,7 @@
 
 #include <kilncore/messaging/Station.h>
 #include <kilncore/utility/ImmutableString.h>
+#include <kilncore/utility/Seam.h>
 
 #include <memory>
 
@@ -23,6 +24,11 @@ std::shared_ptr<Station> RegisterStation(const utility::ImmutableString& station
 // Removes the station from the registry and marks it disposed of, so that
 // messages still queued for it are dropped. False if no such station exists.
 bool DisposeStation(const utility::ImmutableString& stationID);
+
+// Seams of RegisterStation and DisposeStation (see kilncore/utility/Seam.h),
+// for tests that count what a module registers and disposes of.
+utility::Seam<std::shared_ptr<Station>(const utility::ImmutableString&, ObserveStation)>& RegisterStationSeam();
+utility::Seam<bool(const utility::ImmutableString&)>& DisposeStationSeam();
 
 // The registered station with this identifier, or null.
 std::shared_ptr<Station> FindStation(const utility::ImmutableString& stationID);

@@ -2,11 +2,19 @@
 
 #include <kilncore/appstatemanager/AppStateManager.h>
 #include <kilncore/utility/LazySingletonStorage.h>
+#include <kilncore/utility/Seam.h>
+
+#include <functional>
 
 #include <memory>
 #include <utility>
 
 namespace kilncore::utility::detail {
+
+// Seam of DestroyOnAppState (see kilncore/utility/Seam.h), whatever the
+// singleton's type: it is given the state and the destruction to arrange, and
+// by default registers the destruction for that state.
+Seam<void(int state, std::function<void()> destroy)>& DestroyOnAppStateSeam();
 
 // Arranges for the instance held by `storage` to be destroyed when the
 // application reaches `state`; at once if it has reached it already. Only the
@@ -14,8 +22,7 @@ namespace kilncore::utility::detail {
 template <class T>
 void DestroyOnAppState(LazySingletonStorage<T>& storage, int state) {
   const uint64_t generation = appstatemanager::GetAppStateGeneration();
-  appstatemanager::RegisterAppStateCallback(
-      state, [&storage, generation] { storage.DestroyInstance(generation); });
+  DestroyOnAppStateSeam()(state, [&storage, generation] { storage.DestroyInstance(generation); });
 }
 
 // Returns the singleton held by `storage`, making it with `create` (a callable

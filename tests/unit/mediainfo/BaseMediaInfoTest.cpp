@@ -10,6 +10,8 @@
 #include <kilncore/config/KilnException.h>
 #include <kilncore/messaging/StationRegistry.h>
 #include <kilncore/utility/HashValueMixerState.h>
+#include <kilncore/utility/Seam.h>
+#include <kilnmediatypes/TimeDisplay.h>
 
 #include <gtest/gtest.h>
 
@@ -333,6 +335,63 @@ TEST(BaseMediaInfoTimeDisplayTest, DropFlagAtARateWithoutDropCountIsIgnored) {
   source->dropFrame = true;
   item->SetSource(source);
   EXPECT_EQ(item->GetTimeDisplay(), TimeDisplay(kilnmediatypes::kTimeDisplayType_24Timecode));
+}
+
+// The host's table of displays played through its seam: whatever it answers,
+// only its fallback type counts as no display, but for drop-frame NTSC.
+class TimeDisplayAnswerTest : public ::testing::Test {
+ protected:
+  using Signature =
+      TimeDisplay(const kilnmediatypes::FrameRate&, bool, bool, kilnmediatypes::TimeDisplayType, bool);
+
+  TimeDisplay DisplayFor(int64_t frameTicks, bool drop, TimeDisplay answer) {
+    kilncore::utility::ScopedSeam<Signature> table(kilnmediatypes::GetTimeDisplayForFrameRateSeam(),
+                                                   [answer](auto&&...) { return answer; });
+    mSource->frameRate = frameTicks;
+    mSource->dropFrame = drop;
+    const TimeDisplay display = mItem->GetTimeDisplay();
+    mCalls = table.Calls();
+    return display;
+  }
+
+  std::shared_ptr<TestMediaInfo> mItem = MakeItem();
+  std::shared_ptr<FakeSource> mSource = MakeSource();
+  std::vector<kilncore::utility::Seam<Signature>::Call> mCalls;
+
+  void SetUp() override { mItem->SetSource(mSource); }
+};
+
+constexpr int64_t kNTSCTicks = 8475667200;
+constexpr int64_t kOddTicks = 14941176470;  // 17 fps
+
+TEST_F(TimeDisplayAnswerTest, LibraryIsAskedForTheSourcesRateAndDropWithTheFallbackType) {
+  DisplayFor(kOddTicks, true, TimeDisplay(kilnmediatypes::kTimeDisplayType_Frames));
+  ASSERT_EQ(mCalls.size(), 1u);
+  const auto& [rate, drop, framesForOtherRates, defaultType, matchNearby] = mCalls[0];
+  EXPECT_EQ(rate.GetTicksPerFrame(), kOddTicks);
+  EXPECT_TRUE(drop);
+  EXPECT_FALSE(framesForOtherRates);
+  EXPECT_EQ(defaultType, 102);
+  EXPECT_FALSE(matchNearby);
+}
+
+TEST_F(TimeDisplayAnswerTest, AnyAnswerButTheFallbackIsPassedOn) {
+  EXPECT_EQ(DisplayFor(kOddTicks, false, TimeDisplay(kilnmediatypes::kTimeDisplayType_Frames)),
+            TimeDisplay(kilnmediatypes::kTimeDisplayType_Frames));
+  EXPECT_EQ(DisplayFor(kOddTicks, true, TimeDisplay(kilnmediatypes::kTimeDisplayType_5994DropTimecode)),
+            TimeDisplay(kilnmediatypes::kTimeDisplayType_5994DropTimecode));
+  EXPECT_EQ(DisplayFor(kNTSCTicks, false, TimeDisplay(103)), TimeDisplay(103));
+}
+
+TEST_F(TimeDisplayAnswerTest, FallbackAnswerCountsAsNoDisplay) {
+  EXPECT_EQ(DisplayFor(kOddTicks, true, TimeDisplay(102)), TimeDisplay(999));
+  EXPECT_EQ(DisplayFor(kOddTicks, false, TimeDisplay(102)), TimeDisplay(999));
+}
+
+TEST_F(TimeDisplayAnswerTest, FallbackAnswerAtDropFrameNTSCIsKept) {
+  EXPECT_EQ(DisplayFor(kNTSCTicks, true, TimeDisplay(102)), TimeDisplay(102));
+  EXPECT_EQ(DisplayFor(kNTSCTicks, false, TimeDisplay(102)), TimeDisplay(999));
+  EXPECT_EQ(DisplayFor(kNTSCTicks + 1, true, TimeDisplay(102)), TimeDisplay(999));
 }
 
 Guid ExpectedDocumentID(const kilncore::WideString& path, const Guid& sourceID) {

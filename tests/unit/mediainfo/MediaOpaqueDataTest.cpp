@@ -5,9 +5,11 @@
 #include <TetherMedia/Prefs.h>
 
 #include <KL/IMedia.h>
+#include <WF/ImportableFileTypeUtils.h>
 
 #include <kilncore/classref/QueryMapEntries.h>
 #include <kilncore/config/KilnException.h>
+#include <kilncore/utility/Seam.h>
 #include <tether/MarlRenderOptions.h>
 
 #include <gtest/gtest.h>
@@ -76,6 +78,37 @@ TEST(MediaOpaqueDataTest, OptionsOfAnyOtherProjectTypeAreDropped) {
   EXPECT_EQ(out.GetSize(), 72u);
   EXPECT_EQ(out, SourceIDToPrefs(kSourceID));
   EXPECT_EQ(opened.source->initCalls, 0);
+}
+
+TEST(MediaOpaqueDataTest, PathThatPassesTheMarlAndTheSprocketTestIsTakenForMarl) {
+  const kilncore::WideString path = u"/Volumes/Show/Both.marlp";
+  kilncore::utility::ScopedSeam sprocket(WF::ImportableFileTypeUtils::IsSprocketProjectSeam(),
+                                         [](kilncore::WideStringView) { return true; });
+  kilncore::utility::ScopedSeam marl(WF::ImportableFileTypeUtils::IsMarlProjectSeam());
+  OpenedItem opened(path);
+  RL::BinaryData out;
+  TestMediaInfo::MakeMediaOpaqueData(opened.ref, u"{\"applicationID\":\"Marl\",\"version\":0}", path, out);
+  // Normalised as Marl's, not kept as Sprocket's text.
+  EXPECT_EQ(PrefsToApplicationSpecificRenderOptions(out), tether::MarlRenderOptions().AsString());
+  EXPECT_FALSE(marl.Calls().empty());
+  // Marl's test decided: the Sprocket test, which would also say yes, was never asked.
+  EXPECT_TRUE(sprocket.Calls().empty());
+}
+
+TEST(MediaOpaqueDataTest, SprocketTestDecidesOnlyWhenTheMarlTestSaysNo) {
+  const kilncore::WideString path = u"/Volumes/Show/Both.marlp";
+  kilncore::utility::ScopedSeam marl(WF::ImportableFileTypeUtils::IsMarlProjectSeam(),
+                                     [](kilncore::WideStringView, bool) { return false; });
+  kilncore::utility::ScopedSeam sprocket(WF::ImportableFileTypeUtils::IsSprocketProjectSeam(),
+                                         [](kilncore::WideStringView) { return true; });
+  OpenedItem opened(path);
+  const kilncore::WideString options = u"{\"applicationID\":\"Marl\",\"version\":0}";
+  RL::BinaryData out;
+  TestMediaInfo::MakeMediaOpaqueData(opened.ref, options, path, out);
+  EXPECT_EQ(PrefsToApplicationSpecificRenderOptions(out), options);
+  ASSERT_EQ(sprocket.Calls().size(), 1u);
+  EXPECT_EQ(std::get<0>(sprocket.Calls()[0]), path);
+  EXPECT_FALSE(opened.item->HasSetup());
 }
 
 TEST(MediaOpaqueDataTest, MarlOptionsAreNormalised) {

@@ -6,14 +6,21 @@
 #include <KL/FarsideAvailability.h>
 #include <RL/MediaType.h>
 #include <TetherMedia/Prefs.h>
+#include <WF/ConformedAudioSourceFile.h>
+#include <WF/FileOpenExclusion.h>
 #include <WF/ImportedAudioSource.h>
 
 #include <kilncore/config/KilnException.h>
+#include <kilncore/string/UTFConversion.h>
+#include <kilncore/utility/Seam.h>
 
 #include <gtest/gtest.h>
 
 #include <latch>
+#include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace TetherMedia::testing {
 namespace {
@@ -21,6 +28,7 @@ namespace {
 using kilncore::WideString;
 using kilncore::classref::InterfaceRef;
 using kilncore::utility::Guid;
+using kilncore::utility::ScopedSeam;
 
 const Guid kSourceID(u"0B5E7C2D-4A1F-4E6B-9C3D-2F8A7B6C5D4E");
 const kilnmediatypes::FrameRate kClipRate(10584000000);  // 24 fps
@@ -349,6 +357,130 @@ TEST_F(SourceCreationTest, LinkedItemWithoutSourceFailsOnItsNameFirst) {
     EXPECT_EQ(e.GetTypeName(), "TetherMedia::TetherSource");
   }
   EXPECT_TRUE(out.IsNull());
+}
+
+// ---- Failure roads of the host's importer layer, played through its seams.
+
+// The order in which the exclusion and the pool were reached, as one log.
+class ExclusionAndPoolLog {
+ public:
+  ExclusionAndPoolLog()
+      : mEnter(Wharf::FileOpenExclusion::EnterSeam(),
+               [this](kilncore::WideStringView path) {
+                 Add("enter " + kilncore::string::UTF16to8(path));
+                 Wharf::FileOpenExclusion::EnterSeam().CallReal(path);
+               }),
+        mLeave(Wharf::FileOpenExclusion::LeaveSeam(),
+               [this](kilncore::WideStringView path) {
+                 Add("leave " + kilncore::string::UTF16to8(path));
+                 Wharf::FileOpenExclusion::LeaveSeam().CallReal(path);
+               }),
+        mPool(WF::AudioSourcePool::CreateSeam(), [this] {
+          Add("pool");
+          return WF::AudioSourcePool::CreateSeam().CallReal();
+        }) {}
+
+  std::vector<std::string> Entries() const {
+    std::lock_guard lock(mMutex);
+    return mEntries;
+  }
+
+ private:
+  void Add(std::string entry) {
+    std::lock_guard lock(mMutex);
+    mEntries.push_back(std::move(entry));
+  }
+
+  mutable std::mutex mMutex;
+  std::vector<std::string> mEntries;
+  ScopedSeam<void(kilncore::WideStringView)> mEnter;
+  ScopedSeam<void(kilncore::WideStringView)> mLeave;
+  ScopedSeam<InterfaceRef<WF::AudioSourcePool>()> mPool;
+};
+
+TEST_F(SourceCreationTest, PoolIsAskedOnlyUnderTheExclusionForTheItemsPath) {
+  ExclusionAndPoolLog log;
+  InterfaceRef<RL::ISource> out;
+  ASSERT_EQ(CreateAudio(out), 0);
+  const std::vector<std::string> expected = {"enter /Volumes/Show/Opening.marlp", "pool",
+                                             "leave /Volumes/Show/Opening.marlp"};
+  EXPECT_EQ(log.Entries(), expected);
+}
+
+TEST_F(SourceCreationTest, NullPoolIsANullReferenceToThePoolAndReleasesTheExclusion) {
+  ExclusionAndPoolLog log;
+  ScopedSeam noPool(WF::AudioSourcePool::CreateSeam(), [] { return InterfaceRef<WF::AudioSourcePool>(); });
+  ScopedSeam conformed(WF::ConformedAudioSourceFile::CreateSeam());
+  InterfaceRef<RL::ISource> out;
+  try {
+    CreateAudio(out);
+    FAIL() << "no exception";
+  } catch (const kilncore::config::NullPtrException& e) {
+    EXPECT_EQ(e.GetTypeName(), "WF::AudioSourcePool");
+  }
+  EXPECT_TRUE(out.IsNull());
+  EXPECT_TRUE(conformed.Calls().empty());
+  const std::vector<std::string> expected = {"enter /Volumes/Show/Opening.marlp",
+                                             "leave /Volumes/Show/Opening.marlp"};
+  EXPECT_EQ(log.Entries(), expected);
+}
+
+TEST_F(SourceCreationTest, ConformedSourceThatComesBackNullLeavesNoSourceAndSucceeds) {
+  ScopedSeam conformed(WF::ConformedAudioSourceFile::CreateSeam(),
+                       [](auto&&...) { return InterfaceRef<DR::IAudioSource>(); });
+  const InterfaceRef<RL::ISource> before(stream);
+  InterfaceRef<RL::ISource> out = before;
+  EXPECT_EQ(CreateAudio(out), 0);
+  EXPECT_TRUE(out.IsNull());
+  EXPECT_EQ(conformed.Calls().size(), 1u);
+  EXPECT_EQ(PoolSize(), 0u);
+}
+
+TEST_F(SourceCreationTest, ImportedSourceRefusedByTheHostReturnsItsCodeAndChangesNothing) {
+  Crate::ScopedApplicationType host(kOtherImportingHost);
+  constexpr int32_t kRefused = static_cast<int32_t>(0xA00F0099u);
+  ScopedSeam imported(WF::ImportedAudioSource::CreateSeam(), [](auto&&...) { return kRefused; });
+  const InterfaceRef<RL::ISource> before(stream);
+  InterfaceRef<RL::ISource> out = before;
+  EXPECT_EQ(CreateAudio(out), kRefused);
+  EXPECT_EQ(out.Get(), before.Get());
+  EXPECT_EQ(PoolSize(), 0u);
+  ASSERT_EQ(imported.Calls().size(), 1u);
+  // The two options the importer layer is given are always off.
+  EXPECT_FALSE(std::get<12>(imported.Calls()[0]));
+  EXPECT_FALSE(std::get<13>(imported.Calls()[0]));
+}
+
+TEST_F(SourceCreationTest, PositiveCodeOfTheImportedSourceIsTheResultAndTheSourceIsPooled) {
+  Crate::ScopedApplicationType host(kImportingHost);
+  constexpr int32_t kNoteworthy = 3;
+  auto& seam = WF::ImportedAudioSource::CreateSeam();
+  ScopedSeam imported(seam, [&seam](InterfaceRef<DR::IAudioSource> source, const RL::BinaryData& prefs,
+                                    const kilnmediatypes::FrameRate& rate, InterfaceRef<DR::IAudioSource>& result,
+                                    const WideString& name, const Guid& contentState, const Guid& documentID,
+                                    const WideString& path, size_t index, const WideString& a, const WideString& b,
+                                    const kilncore::utility::ImmutableString& station, bool defer, bool readOnly) {
+    EXPECT_EQ(seam.CallReal(std::move(source), prefs, rate, result, name, contentState, documentID, path, index, a,
+                            b, station, defer, readOnly),
+              0);
+    return kNoteworthy;
+  });
+  InterfaceRef<RL::ISource> out;
+  EXPECT_EQ(CreateAudio(out), kNoteworthy);
+  EXPECT_TRUE(Answers(out, "WF::ImportedAudioSource"));
+  EXPECT_EQ(PoolSize(), 1u);
+}
+
+TEST_F(SourceCreationTest, SourceThatIsNoImporterSourceIsHandedOutButNotPooled) {
+  // The host's layer may give a source of its own that isn't one of its
+  // pooled kinds: the conversion fails and the pool is handed a null
+  // reference, which it ignores.
+  ScopedSeam conformed(WF::ConformedAudioSourceFile::CreateSeam(),
+                       [this](auto&&...) { return InterfaceRef<DR::IAudioSource>(stream); });
+  InterfaceRef<RL::ISource> out;
+  EXPECT_EQ(CreateAudio(out), 0);
+  EXPECT_EQ(out.Get(), InterfaceRef<RL::ISource>(stream).Get());
+  EXPECT_EQ(PoolSize(), 0u);
 }
 
 }  // namespace

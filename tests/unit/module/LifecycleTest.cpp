@@ -12,9 +12,11 @@
 #include <kilncore/debug/DebugDatabase.h>
 #include <kilncore/messaging/StationRegistry.h>
 #include <kilncore/utility/Guid.h>
+#include <kilncore/utility/Seam.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -158,6 +160,54 @@ TEST_F(LifecycleTest, MissingImporterFactoryThrowsAndTheCallStillCounts) {
 
   Shutdown();
   Shutdown();  // the matching last call; there is no station to dispose of
+}
+
+// Watches the host's registrations for the length of a test and counts those
+// that concern this module.
+class WatchedRegistrations {
+ public:
+  std::size_t ClassRegistrations() const {
+    return std::ranges::count_if(mClasses.Calls(), [](const auto& call) {
+      return std::get<0>(call) == kTetherMediaModuleClassID && std::get<1>(call) == "kTetherMediaModuleClassID" &&
+             std::get<2>(call) == "TetherMediaModule";
+    });
+  }
+  std::size_t StationRegistrations() const {
+    return std::ranges::count_if(mStations.Calls(), [](const auto& call) {
+      return std::get<0>(call) == GetProgressStation() && std::get<1>(call) == 0u;
+    });
+  }
+  std::size_t StationDisposals() const {
+    return std::ranges::count_if(mDisposals.Calls(),
+                                 [](const auto& call) { return std::get<0>(call) == GetProgressStation(); });
+  }
+
+ private:
+  kilncore::utility::ScopedSeam<ClassFactory::RegisterClassSignature> mClasses{ClassFactory::RegisterClassSeam()};
+  kilncore::utility::ScopedSeam<std::shared_ptr<kilncore::messaging::Station>(
+      const kilncore::utility::ImmutableString&, kilncore::messaging::ObserveStation)>
+      mStations{kilncore::messaging::RegisterStationSeam()};
+  kilncore::utility::ScopedSeam<bool(const kilncore::utility::ImmutableString&)> mDisposals{
+      kilncore::messaging::DisposeStationSeam()};
+};
+
+TEST_F(LifecycleTest, ClassAndStationAreRegisteredOncePerStartUpAndDisposedOfAtTheLastShutdown) {
+  WatchedRegistrations watched;
+  Initialize();
+  Initialize();
+  EXPECT_EQ(watched.ClassRegistrations(), 1u);
+  EXPECT_EQ(watched.StationRegistrations(), 1u);
+  Shutdown();
+  EXPECT_EQ(watched.StationDisposals(), 0u);
+  Shutdown();
+  EXPECT_EQ(watched.StationDisposals(), 1u);
+  EXPECT_EQ(watched.ClassRegistrations(), 1u);
+
+  Initialize();
+  EXPECT_EQ(watched.ClassRegistrations(), 2u);
+  EXPECT_EQ(watched.StationRegistrations(), 2u);
+  Shutdown();
+  EXPECT_EQ(watched.StationDisposals(), 2u);
 }
 
 TEST_F(LifecycleTest, RegisteredModuleAnswersForItsTwoNames) {

@@ -8,6 +8,8 @@
 #include <kilncore/config/KilnException.h>
 #include <kilncore/logging/ScopedLogCapture.h>
 #include <kilncore/utility/Guid.h>
+#include <kilncore/utility/LazySingleton.h>
+#include <kilncore/utility/Seam.h>
 
 #include <gtest/gtest.h>
 
@@ -24,6 +26,7 @@ using kilncore::appstatemanager::kAppStateTerminationStarted;
 using kilncore::async::FuturePromisePair;
 using kilncore::logging::ScopedLogCapture;
 using kilncore::utility::Guid;
+using kilncore::utility::ScopedSeam;
 
 const kilncore::WideString kPath = u"/Volumes/Media/Trailer.marl";
 const Guid kSource("8B701830-D959-420F-AA9C-5392B2F1B17E");
@@ -263,6 +266,43 @@ TEST_F(RequestFuturesTest, DuringTerminationTwoRequestsWithOneKeyAreBothHandedOu
   FuturePromisePair<void> second = CreateRequestFuture(kPath, kSource);
   EXPECT_FALSE(first.IsEmpty());
   EXPECT_FALSE(second.IsEmpty());
+}
+
+TEST_F(RequestFuturesTest, TableIsTiedToStateFiveOnceAtItsFirstUse) {
+  ScopedSeam destroy(kilncore::utility::detail::DestroyOnAppStateSeam());
+  FuturePromisePair<void> first = CreateRequestFuture(kPath, kSource);
+  FuturePromisePair<void> second = CreateRequestFuture();
+  CancelRequest(kPath, kSource);
+  second.promise.SetSuccess();
+  ASSERT_EQ(destroy.Calls().size(), 1u);
+  EXPECT_EQ(std::get<0>(destroy.Calls()[0]), kAppStateTerminating);
+}
+
+TEST_F(RequestFuturesTest, StateFiveEndsTheTableEvenWhileTerminationIsNotAnnounced) {
+  // A host may reach the state that destroys singletons without having said
+  // that termination began: the table still fails what is open, and from then
+  // on every request has failed already.
+  ScopedSeam notTerminating(kilncore::appstatemanager::WillTerminateSeam(), [] { return false; });
+  FuturePromisePair<void> open = CreateRequestFuture(kPath, kSource);
+  FuturePromisePair<void> anonymous = CreateRequestFuture();
+  ASSERT_EQ(GetPendingRequestCountForTesting(), 2u);
+
+  ScopedLogCapture log;
+  AdvanceAppState(kAppStateTerminating);
+  EXPECT_FALSE(kilncore::appstatemanager::WillTerminate());
+  EXPECT_EQ(OutcomeOf(open.future), kTerminationStarted);
+  EXPECT_EQ(OutcomeOf(anonymous.future), kTerminationStarted);
+  EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
+
+  FuturePromisePair<void> late = CreateRequestFuture(kPath, kSource);
+  ASSERT_FALSE(late.IsEmpty());
+  EXPECT_TRUE(late.future.IsReady());
+  EXPECT_EQ(OutcomeOf(late.future), kTerminationStarted);
+  FuturePromisePair<void> again = CreateRequestFuture(kPath, kSource);
+  EXPECT_FALSE(again.IsEmpty());
+  CancelRequest(kPath, kSource);
+  EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
+  EXPECT_EQ(log.CountWithContext(kRequestLogContext), 2u);
 }
 
 }  // namespace
