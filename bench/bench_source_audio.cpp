@@ -9,11 +9,16 @@
 //   hands back one prepared block at once, so that only this module's work is
 //   measured: the request table, the waits, spreading the block into the
 //   channels and keeping a copy for a repeated read.
-// - BM_PlainCopyFloor: one memcpy of the same bytes, the floor.
+// - BM_DeinterleaveFloor: the floor. The same spreading of one interleaved
+//   block into the host's channel buffers, with nothing around it.
 //
-// Each read reports samples per second (items) and the number of times the
-// server's reader was opened after the first (counter "reopenings"), which
-// must stay 0 while the host reads on.
+// Reads go on from 0 and start again at 0 before they would pass the end of
+// the item (three hours, well below 2^31 frames): a read past the end would
+// open the server's reader again at every block. Each benchmark reports
+// samples per second (items) and the number of times the server's reader was
+// opened other than for the first read and after a wrap (counter
+// "reopenings"); sequential reads must reopen nothing, and a run in which they
+// do ends with an error.
 #include "StoredItem.h"
 
 #include <source/TetherSource.h>
@@ -34,6 +39,8 @@
 #include <benchmark/benchmark.h>
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <future>
 #include <memory>
@@ -49,9 +56,12 @@ using tether::testing::Delivery;
 using tether::testing::Operation;
 
 constexpr int64_t kTicksPerSample = 5292000;  // 48 kHz
+constexpr int64_t kSampleRate = 48000;
 constexpr uint32_t kChannels = 2;
-// Three hours: no run reaches the end of the item.
-const tether::RatioTime kDuration(3 * 3600, 1);
+constexpr int64_t kDurationSeconds = 3 * 3600;
+const tether::RatioTime kDuration(kDurationSeconds, 1);
+constexpr int64_t kItemFrames = kDurationSeconds * kSampleRate;
+static_assert(kItemFrames < (int64_t{1} << 31), "positions must stay below 2^31 frames");
 const Guid kItem("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
 
 template <class T, class Start>
@@ -62,13 +72,25 @@ std::shared_ptr<T> Await(Start start) {
   return future.get();
 }
 
-// Reads on from 0 in blocks of `frames` until the benchmark stops. `opened`
-// gives the number of times the server's reader was opened so far.
+void ReportBlocks(benchmark::State& state, uint32_t frames) {
+  state.SetItemsProcessed(state.iterations() * frames * kChannels);
+  state.SetBytesProcessed(state.iterations() * frames * kChannels * sizeof(float));
+}
+
+// Reads on from 0 in blocks of `frames` until the benchmark stops, starting
+// again at 0 before a block would pass the end of the item. `opened` gives the
+// number of times the server's reader was opened so far: once for the first
+// read, and once for each wrap, which is a jump back.
 template <class Opened>
 void ReadOn(benchmark::State& state, TetherSource& source, uint32_t frames, Opened opened) {
   kilnaudiotoolkit::AudioBuffer buffer(kChannels, frames);
   int64_t frame = 0;
+  size_t wraps = 0;
   for (auto _ : state) {
+    if (frame + frames > kItemFrames) {
+      frame = 0;
+      ++wraps;
+    }
     if (source.ReadAudio(0, buffer, TickTime(frame * kTicksPerSample)) != 0) {
       state.SkipWithError("the block didn't arrive");
       break;
@@ -76,10 +98,12 @@ void ReadOn(benchmark::State& state, TetherSource& source, uint32_t frames, Open
     frame += frames;
     benchmark::DoNotOptimize(buffer.GetChannel(1)[frames - 1]);
   }
-  state.SetItemsProcessed(state.iterations() * frames * kChannels);
-  state.SetBytesProcessed(state.iterations() * frames * kChannels * sizeof(float));
+  ReportBlocks(state, frames);
+  const size_t expected = 1 + wraps;
   const size_t count = opened();
-  state.counters["reopenings"] = static_cast<double>(count == 0 ? 0 : count - 1);
+  const size_t reopenings = count > expected ? count - expected : 0;
+  state.counters["reopenings"] = static_cast<double>(reopenings);
+  if (reopenings != 0) state.SkipWithError("sequential reads opened the server's reader again");
 }
 
 void BM_ReadAudioFromDouble(benchmark::State& state) {
@@ -149,18 +173,29 @@ void BM_ReadAudioPreparedBlock(benchmark::State& state) {
 }
 BENCHMARK(BM_ReadAudioPreparedBlock)->Arg(1024)->Arg(4096);
 
-void BM_PlainCopyFloor(benchmark::State& state) {
-  const auto frames = static_cast<size_t>(state.range(0));
-  std::vector<float> from(frames * kChannels, 0.25f);
-  std::vector<float> to(frames * kChannels);
+// The floor: one interleaved block spread into the host's channel buffers, as
+// the module spreads every block it reads, sample by sample without assuming
+// float alignment of the block.
+void BM_DeinterleaveFloor(benchmark::State& state) {
+  const auto frames = static_cast<uint32_t>(state.range(0));
+  std::vector<float> interleaved(static_cast<size_t>(frames) * kChannels);
+  for (size_t i = 0; i < interleaved.size(); ++i) interleaved[i] = static_cast<float>(i % 997) / 997.0f;
+  const auto* samples = reinterpret_cast<const std::byte*>(interleaved.data());
+  kilnaudiotoolkit::AudioBuffer buffer(kChannels, frames);
   for (auto _ : state) {
-    std::memcpy(to.data(), from.data(), to.size() * sizeof(float));
+    for (uint32_t c = 0; c < kChannels; ++c) {
+      float* target = buffer.GetChannel(c);
+      const std::byte* sample = samples + c * sizeof(float);
+      for (uint32_t i = 0; i < frames; ++i, sample += kChannels * sizeof(float)) {
+        std::memcpy(target + i, sample, sizeof(float));
+      }
+    }
+    benchmark::DoNotOptimize(buffer.GetChannel(1)[frames - 1]);
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(frames * kChannels));
-  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(frames * kChannels * sizeof(float)));
+  ReportBlocks(state, frames);
 }
-BENCHMARK(BM_PlainCopyFloor)->Arg(1024)->Arg(4096);
+BENCHMARK(BM_DeinterleaveFloor)->Arg(1024)->Arg(4096);
 
 }  // namespace
 
