@@ -438,7 +438,7 @@ TEST_F(SourceCreationTest, ConformedSourceThatComesBackNullLeavesNoSourceAndSucc
 
 TEST_F(SourceCreationTest, ImportedSourceRefusedByTheHostReturnsItsCodeAndChangesNothing) {
   Crate::ScopedApplicationType host(kOtherImportingHost);
-  constexpr int32_t kRefused = static_cast<int32_t>(0xA00F0099u);
+  static constexpr int32_t kRefused = static_cast<int32_t>(0xA00F0099u);
   ScopedSeam imported(WF::ImportedAudioSource::CreateSeam(), [](auto&&...) { return kRefused; });
   const InterfaceRef<RL::ISource> before(stream);
   InterfaceRef<RL::ISource> out = before;
