@@ -5,9 +5,12 @@
 
 #include <Crate/ApplicationType.h>
 #include <RL/MediaType.h>
+#include <WF/ImportableFileTypeUtils.h>
 #include <tether/testing/Behaviour.h>
 #include <tether/testing/CallRecord.h>
 #include <tether/testing/Operation.h>
+
+#include <kilncore/utility/Seam.h>
 
 #include <gtest/gtest.h>
 
@@ -89,6 +92,36 @@ TEST_F(FileTypeRoadsTest, SprocketAndTolmenProjectsKeepTheirTypedServers) {
   }
   EXPECT_EQ(mBackend->CallCount(Operation::kCreateSprocketServer), 1u);
   EXPECT_EQ(mBackend->CallCount(Operation::kCreateTolmenServer), 1u);
+  ASSERT_TRUE(mBackend->WaitForIdle());
+}
+
+TEST_F(FileTypeRoadsTest, PathThatPassesTheMarlAndTheSprocketTestGoesToMarl) {
+  kilncore::utility::ScopedSeam sprocket(WF::ImportableFileTypeUtils::IsSprocketProjectSeam(),
+                                         [](kilncore::WideStringView) { return true; });
+  const auto path = mFiles.Make("Both.marlp");
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef item;
+  ASSERT_EQ(TetherMediaInfo::Create(item, path, prefs), 0);
+  EXPECT_EQ(mBackend->CallCount(Operation::kCreateMarlServer), 1u);
+  EXPECT_EQ(mBackend->CallCount(Operation::kCreateSprocketServer), 0u);
+  ASSERT_TRUE(mBackend->WaitForIdle());
+}
+
+TEST_F(FileTypeRoadsTest, SprocketSourceRowIsTakenWhenTheHostsSprocketTestDeclinesTheFile) {
+  // The last row of the table: a host whose Sprocket project test doesn't
+  // claim the Sprocket source extension. The typed server isn't kept there.
+  kilncore::utility::ScopedSeam sprocket(WF::ImportableFileTypeUtils::IsSprocketProjectSeam(),
+                                         [](kilncore::WideStringView) { return false; });
+  const auto path = mFiles.Make("Scene.spkproj");
+  RL::BinaryData prefs = ItemPrefs();
+  ItemRef item;
+  ASSERT_EQ(TetherMediaInfo::Create(item, path, prefs), 0);
+  EXPECT_FALSE(sprocket.Calls().empty());
+  EXPECT_EQ(mBackend->CallCount(Operation::kCreateSprocketServer), 1u);
+  EXPECT_FALSE(item->GetTypedServer());
+  EXPECT_TRUE(item->GetLinkedServer());
+  EXPECT_TRUE(item->GetProject());
+  EXPECT_TRUE(Access::HasLinkedSource(*item));
   ASSERT_TRUE(mBackend->WaitForIdle());
 }
 
