@@ -2,7 +2,10 @@
 
 #include <requests/ServerWait.h>
 
+#include <Pane/WrapPaneAroundBinaryReference.h>
+
 #include <kilncore/debug/TraceCapture.h>
+#include <kilncore/utility/Seam.h>
 #include <kilnmediatypes/RatioTime.h>
 #include <tether/testing/CallRecord.h>
 
@@ -75,6 +78,21 @@ TEST_F(TetherSourceFrameRoadTest, BlockingRequestDeliversTheServersBytesAndCache
   EXPECT_TRUE(again == frame);
   EXPECT_EQ(Calls(Operation::kRenderVideo), 1u);
   EXPECT_EQ(Calls(Operation::kGetVideoRenderer), 1u);
+}
+
+TEST_F(TetherSourceFrameRoadTest, ServersBlockIsWrappedOnceUnderTheFramesIdentifierAndACacheHitWrapsNothing) {
+  kilncore::utility::ScopedSeam wrap(Pane::WrapPaneAroundBinaryReferenceSeam());
+  backend->Script(Operation::kRenderVideo, Behaviour::Succeed().With(Delivery::kSynchronous));
+  SourceRef source = MakeSource();
+  TetherSource::Frame frame;
+  ASSERT_EQ(GetFrame(*source, kFrame, frame), 0);
+  ASSERT_EQ(wrap.Calls().size(), 1u);
+  EXPECT_EQ(std::get<1>(wrap.Calls()[0]), IdentifierOf(*source, kFrame, NativeFormat(), prefs));
+  EXPECT_TRUE(std::get<0>(wrap.Calls()[0]));
+
+  TetherSource::Frame again;
+  ASSERT_EQ(GetFrame(*source, kFrame, again), 0);
+  EXPECT_EQ(wrap.Calls().size(), 1u);
 }
 
 TEST_F(TetherSourceFrameRoadTest, ADeliveredFrameIsTracedWithItsTime) {
