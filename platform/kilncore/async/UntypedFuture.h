@@ -42,9 +42,11 @@ class UntypedFuture {
   std::shared_ptr<detail::UntypedFutureState> mState;
 };
 
-// Blocks the calling thread until `future` is ready or `deadline` passes, and
-// tells whether it is ready. With `block` false it only looks, without waiting.
-// An empty future returns false at once: there is nothing to wait for.
+// Blocks the calling thread until `future` is ready, and the continuations
+// attached before it became ready have run (see UntypedFutureState), or until
+// `deadline` passes; tells whether it is ready. With `block` false it only
+// looks at readiness, without waiting. An empty future returns false at once:
+// there is nothing to wait for.
 //
 // The future's state stays alive for the whole wait, since `future` holds it.
 bool WaitForUntypedUntil(const UntypedFuture& future,
