@@ -18,16 +18,16 @@ if(module_sources)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
   target_link_libraries(TetherMediaObjects
-    PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether
+    PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether
     PRIVATE tether_warnings)
 
   add_library(TetherMedia SHARED $<TARGET_OBJECTS:TetherMediaObjects>)
   target_include_directories(TetherMedia PUBLIC "${PROJECT_SOURCE_DIR}/include")
-  target_link_libraries(TetherMedia PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether)
+  target_link_libraries(TetherMedia PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether)
 
   add_library(TetherMediaStatic STATIC $<TARGET_OBJECTS:TetherMediaObjects>)
   target_include_directories(TetherMediaStatic
     PUBLIC "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
   target_compile_definitions(TetherMediaStatic PUBLIC TETHERMEDIA_BUILDING_MODULE=1)
-  target_link_libraries(TetherMediaStatic PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether)
+  target_link_libraries(TetherMediaStatic PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether)
 endif()
