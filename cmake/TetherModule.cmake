@@ -17,6 +17,13 @@ if(module_sources)
   set_target_properties(TetherMediaObjects PROPERTIES
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
+  # The dialog's layouts travel inside the module, as its resources.
+  include(TetherResources)
+  tether_embed_resources(OUTPUT "${PROJECT_BINARY_DIR}/generated/ui/MarlRenderSettingsDialogLayouts.inc"
+    TYPE LOOM RESOURCES
+    MARLRENDERSETTINGSDIALOG "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.loom"
+    MARLRENDERSETTINGSDIALOG.SHED "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.shed.loom")
+  target_include_directories(TetherMediaObjects PRIVATE "${PROJECT_BINARY_DIR}/generated")
   target_link_libraries(TetherMediaObjects
     PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether
     PRIVATE tether_warnings)
