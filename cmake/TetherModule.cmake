@@ -23,7 +23,8 @@ if(module_sources)
     TYPE LOOM RESOURCES
     MARLRENDERSETTINGSDIALOG "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.loom"
     MARLRENDERSETTINGSDIALOG.SHED "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.shed.loom")
-  target_include_directories(TetherMediaObjects PRIVATE "${PROJECT_BINARY_DIR}/generated")
+  set_source_files_properties("${PROJECT_SOURCE_DIR}/ui/MarlRenderSettingsDialog.cpp"
+    PROPERTIES INCLUDE_DIRECTORIES "${PROJECT_BINARY_DIR}/generated")
   target_link_libraries(TetherMediaObjects
     PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether
     PRIVATE tether_warnings)
