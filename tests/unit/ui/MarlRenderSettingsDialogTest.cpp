@@ -233,8 +233,13 @@ TEST(MarlRenderSettingsDialogResourcesTest, LayoutsAreReadFromTheModuleThatHolds
 }
 
 TEST(MarlRenderSettingsDialogResourcesTest, SharedModuleCarriesBothLayouts) {
-  // The module as a host loads it: its layouts travel inside the library.
-  void* module = dlopen("libTetherMedia.so", RTLD_NOW | RTLD_LOCAL);
+  // The module as a host loads it: its layouts travel inside the library. It
+  // is built beside the platform's libraries; its path is named in full, as a
+  // sanitizer's dlopen doesn't search this program's run path.
+  Dl_info platform{};
+  ASSERT_NE(dladdr(reinterpret_cast<const void*>(&kilncore::config::Localizer::Get), &platform), 0);
+  const std::string folder = std::string(platform.dli_fname).substr(0, std::string(platform.dli_fname).rfind('/'));
+  void* module = dlopen((folder + "/libTetherMedia.so").c_str(), RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(module, nullptr) << dlerror();
   void* entry = dlsym(module, "_ZN11TetherMedia10InitializeEv");
   ASSERT_NE(entry, nullptr) << dlerror();
