@@ -170,10 +170,13 @@ class SettingsDialogTest : public ::testing::Test {
   // of the window before the keys are pressed.
   Outcome RunInWindow(const VirtualDisplay& display, const std::string& keys, const fs::path& screenshot = {}) {
     const std::string x = "DISPLAY='" + display.GetDisplay() + "' ";
-    // Under AddressSanitizer, what GTK's font library keeps until exit isn't
-    // reported as a leak (gtk-leaks.supp says why).
-    const std::string sanitizers = "LSAN_OPTIONS=\"${LSAN_OPTIONS:+$LSAN_OPTIONS:}suppressions=" TETHER_TEST_DIALOG_FOLDER
-                                   "/gtk-leaks.supp:print_suppressions=0\" ";
+    // Under the sanitizers, what GTK's font library keeps until exit isn't a
+    // leak, and hand-overs inside GTK's libraries aren't races (the
+    // suppression files say why).
+    const std::string sanitizers =
+        "LSAN_OPTIONS=\"${LSAN_OPTIONS:+$LSAN_OPTIONS:}suppressions=" TETHER_TEST_DIALOG_FOLDER
+        "/gtk-leaks.supp:print_suppressions=0\" TSAN_OPTIONS=\"${TSAN_OPTIONS:+$TSAN_OPTIONS:}suppressions="
+        TETHER_TEST_DIALOG_FOLDER "/gtk-races.supp:print_suppressions=0\" ";
     const pid_t host = SpawnShell(SettingsCommand("", x + sanitizers + "NO_AT_BRIDGE=1 GDK_BACKEND=x11"));
     EXPECT_GT(host, 0);
     const fs::path window = mFolder / "window.txt";
