@@ -17,17 +17,25 @@ if(module_sources)
   set_target_properties(TetherMediaObjects PROPERTIES
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
+  # The dialog's layouts travel inside the module, as its resources.
+  include(TetherResources)
+  tether_embed_resources(OUTPUT "${PROJECT_BINARY_DIR}/generated/ui/MarlRenderSettingsDialogLayouts.inc"
+    TYPE LOOM RESOURCES
+    MARLRENDERSETTINGSDIALOG "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.loom"
+    MARLRENDERSETTINGSDIALOG.SHED "${PROJECT_SOURCE_DIR}/resources/MarlRenderSettingsDialog.shed.loom")
+  set_source_files_properties("${PROJECT_SOURCE_DIR}/ui/MarlRenderSettingsDialog.cpp"
+    PROPERTIES INCLUDE_DIRECTORIES "${PROJECT_BINARY_DIR}/generated")
   target_link_libraries(TetherMediaObjects
-    PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether
+    PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether
     PRIVATE tether_warnings)
 
   add_library(TetherMedia SHARED $<TARGET_OBJECTS:TetherMediaObjects>)
   target_include_directories(TetherMedia PUBLIC "${PROJECT_SOURCE_DIR}/include")
-  target_link_libraries(TetherMedia PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether)
+  target_link_libraries(TetherMedia PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether)
 
   add_library(TetherMediaStatic STATIC $<TARGET_OBJECTS:TetherMediaObjects>)
   target_include_directories(TetherMediaStatic
     PUBLIC "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
   target_compile_definitions(TetherMediaStatic PUBLIC TETHERMEDIA_BUILDING_MODULE=1)
-  target_link_libraries(TetherMediaStatic PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient tether)
+  target_link_libraries(TetherMediaStatic PUBLIC kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces Pane Wharf FarsideClient kilnui kilnloomfactory kilnworkspace tether)
 endif()

@@ -1,6 +1,7 @@
 #include <mediainfo/BaseMediaInfo.h>
 
 #include <mediainfo/TetherProgress.h>
+#include <ui/MarlRenderSettingsDialog.h>
 
 #include <TetherMedia/Lifecycle.h>
 #include <TetherMedia/Prefs.h>
@@ -9,6 +10,7 @@
 #include <WF/ImportableFileTypeUtils.h>
 
 #include <kilncore/config/KilnException.h>
+#include <kilncore/logging/Log.h>
 #include <kilncore/messaging/StationRegistry.h>
 #include <kilncore/messaging/UIThreadQueue.h>
 #include <kilncore/utility/HashValueMixerState.h>
@@ -132,13 +134,21 @@ int32_t BaseMediaInfo::OpenPreferences(
   const kilncore::WideString text = PrefsToApplicationSpecificRenderOptions(prefs);
   if (text.empty() || !WF::ImportableFileTypeUtils::IsMarlProject(mFilePath, false)) return 0;
   tether::MarlRenderOptions options;
-  ApplicationSpecificRenderOptionsToMarlRenderOptions(text, options);
-  // There is no dialog in this build: the answer is that of a dialog the user
-  // closed without OK. The blob is still rewritten, so that the caller always
-  // gets it back in normalised form.
-  constexpr int32_t kClosedWithoutChange = 1;
+  int32_t result = 0;
+  try {
+    ApplicationSpecificRenderOptionsToMarlRenderOptions(text, options);
+    result = ShowMarlRenderSettingsDialog(options);
+  } catch (...) {
+    // The host gets a code, never an exception: options it can't read or a
+    // layout the dialog can't use end here, with the blob as it was.
+    kilncore::logging::LogException(std::current_exception(), "BaseMediaInfo::OpenPreferences");
+    result = kilncore::config::ExtractResultFromException(std::current_exception());
+  }
+  if (result < 0) return result;
+  // Cancel (1) rewrites the blob too: the caller always gets it back in
+  // normalised form, with the options unchanged.
   prefs = BuildPrefsWithApplicationSpecificRenderOptions(PrefsToSourceIDAsString(prefs), options.AsString());
-  return kClosedWithoutChange;
+  return result;
 }
 
 bool BaseMediaInfo::IsPending() const { return false; }

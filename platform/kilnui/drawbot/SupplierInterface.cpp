@@ -1,0 +1,7 @@
+#include <kilnui/drawbot/SupplierInterface.h>
+
+namespace kilnui::drawbot {
+
+SupplierInterface::~SupplierInterface() = default;
+
+}  // namespace kilnui::drawbot
