@@ -1,5 +1,6 @@
 #include <host/commands/ImportCommand.h>
 
+#include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace tetherhost {
 namespace {
@@ -117,6 +119,24 @@ int RunImport(HostSession& session, const ImportOptions& options) {
     if (!options.audio.empty()) WriteAudio(clip, description, options, session.Progress());
     return 0;
   });
+}
+
+void AddImportCommand(CommandLine& commandLine) {
+  auto options = std::make_shared<ImportOptions>();
+  CLI::App* import = commandLine.AddCommand(
+      "import", "import a composition and write its frames and audio", [options] {
+        HostSession session;
+        return RunImport(session, *options);
+      });
+  import->add_option("PROJECT", options->project, "the project file")->required();
+  import->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
+  import->add_option("--frames", options->frames,
+                     "frames, such as 0-9, 0-100/10 or 1,5,9 (default: 12 spread over the clip)");
+  import->add_option("--size", options->size, "frame size WxH (default: the clip's own)");
+  import->add_option("--format", options->format, "pixel format: bgra8 or rgba32f")->capture_default_str();
+  import->add_option("--guides", options->guides, "draw guide layers: on or off (default: as the clip has it)");
+  import->add_option("--out", options->out, "folder for the frames and the contact sheet")->capture_default_str();
+  import->add_option("--audio", options->audio, "write the clip's audio to this WAV file");
 }
 
 }  // namespace tetherhost

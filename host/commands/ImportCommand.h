@@ -5,6 +5,7 @@
 
 namespace tetherhost {
 
+class CommandLine;
 class HostSession;
 
 // `tetherhost import`: imports one composition of a project as a new clip,
@@ -29,5 +30,8 @@ struct ImportOptions {
 // Returns the process's exit status; throws HostError (or
 // std::invalid_argument for a bad option) on failure.
 int RunImport(HostSession& session, const ImportOptions& options);
+
+// Adds `import` and its options to the command line.
+void AddImportCommand(CommandLine& commandLine);
 
 }  // namespace tetherhost

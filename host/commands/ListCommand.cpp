@@ -1,5 +1,6 @@
 #include <host/commands/ListCommand.h>
 
+#include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
 #include <host/session/HostSession.h>
 
@@ -7,6 +8,7 @@
 #include <kilncore/string/UTFConversion.h>
 
 #include <cstdio>
+#include <memory>
 
 namespace tetherhost {
 
@@ -25,6 +27,15 @@ int RunList(HostSession& session, const std::filesystem::path& project) {
     }
     return 0;
   });
+}
+
+void AddListCommand(CommandLine& commandLine) {
+  auto project = std::make_shared<std::filesystem::path>();
+  CLI::App* list = commandLine.AddCommand("list", "list the compositions of a Marl project", [project] {
+    HostSession session;
+    return RunList(session, *project);
+  });
+  list->add_option("PROJECT", *project, "the project file")->required();
 }
 
 }  // namespace tetherhost

@@ -1,5 +1,6 @@
 #include <host/commands/PlayCommand.h>
 
+#include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
 #include <host/session/AudioPuller.h>
@@ -11,6 +12,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <cstdio>
@@ -23,6 +26,12 @@ using Clock = std::chrono::steady_clock;
 using kilncore::classref::InterfaceRef;
 
 constexpr uint32_t kAudioBlockFrames = 1024;
+// What a player is asked for: a day of play at most, a window of frames a
+// renderer pool can hold, and a pass count that ends.
+constexpr double kShortestPlay = 0.001;
+constexpr double kLongestPlay = 86400.0;
+constexpr int32_t kMostPrefetch = 64;
+constexpr int32_t kMostLoops = 1000;
 
 // One pass of the player over frames [0, frameCount).
 class Player {
@@ -127,9 +136,16 @@ void PrintPass(int32_t pass, const PlayStatistics& stats) {
 }  // namespace
 
 int RunPlay(HostSession& session, const PlayOptions& options) {
-  if (options.seconds <= 0.0) throw std::invalid_argument("--seconds must be positive");
-  if (options.prefetch < 0) throw std::invalid_argument("--prefetch must not be negative");
-  if (options.loops < 1) throw std::invalid_argument("--loops must be 1 or more");
+  if (!(options.seconds >= kShortestPlay && options.seconds <= kLongestPlay)) {
+    throw std::invalid_argument("--seconds must be from " + std::to_string(kShortestPlay) + " to " +
+                                std::to_string(kLongestPlay));
+  }
+  if (options.prefetch < 0 || options.prefetch > kMostPrefetch) {
+    throw std::invalid_argument("--prefetch must be from 0 to " + std::to_string(kMostPrefetch));
+  }
+  if (options.loops < 1 || options.loops > kMostLoops) {
+    throw std::invalid_argument("--loops must be from 1 to " + std::to_string(kMostLoops));
+  }
   ParsePixelFormat(options.format);
   if (!options.size.empty()) ParseFrameSize(options.size);
   return session.RunWithUserInterface([&] {
@@ -148,6 +164,31 @@ int RunPlay(HostSession& session, const PlayOptions& options) {
     for (int32_t pass = 1; pass <= options.loops; ++pass) PrintPass(pass, player.Play(frameCount));
     return 0;
   });
+}
+
+void AddPlayCommand(CommandLine& commandLine) {
+  auto options = std::make_shared<PlayOptions>();
+  auto unpaced = std::make_shared<bool>(false);
+  CLI::App* play = commandLine.AddCommand(
+      "play", "play a composition as a host's player does and report how it went", [options, unpaced] {
+        options->paced = !*unpaced;
+        HostSession session;
+        return RunPlay(session, *options);
+      });
+  play->add_option("PROJECT", options->project, "the project file")->required();
+  play->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
+  play->add_option("--seconds", options->seconds, "how much of the clip to play")
+      ->capture_default_str()
+      ->check(CommandLine::Real(kShortestPlay, kLongestPlay));
+  play->add_option("--prefetch", options->prefetch, "frames rendered ahead of the play head")
+      ->capture_default_str()
+      ->check(CommandLine::Integer(0, kMostPrefetch));
+  play->add_option("--loops", options->loops, "passes over the same range")
+      ->capture_default_str()
+      ->check(CommandLine::Integer(1, kMostLoops));
+  play->add_option("--size", options->size, "frame size WxH (default: the clip's own)");
+  play->add_option("--format", options->format, "pixel format: bgra8 or rgba32f")->capture_default_str();
+  play->add_flag("--unpaced", *unpaced, "pull frames as fast as they come instead of at the frame rate");
 }
 
 }  // namespace tetherhost

@@ -6,6 +6,7 @@
 
 namespace tetherhost {
 
+class CommandLine;
 class HostSession;
 
 // `tetherhost play`: plays a clip as a host's player does. Background renders
@@ -42,5 +43,8 @@ struct PlayStatistics {
 };
 
 int RunPlay(HostSession& session, const PlayOptions& options);
+
+// Adds `play` and its options to the command line.
+void AddPlayCommand(CommandLine& commandLine);
 
 }  // namespace tetherhost

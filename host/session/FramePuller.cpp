@@ -1,5 +1,6 @@
 #include <host/session/FramePuller.h>
 
+#include <host/cli/FourCharCode.h>
 #include <host/cli/HostError.h>
 #include <host/output/FrameView.h>
 #include <host/session/LinkedClip.h>
@@ -49,12 +50,6 @@ std::optional<PixelLayout> LayoutOf(kilnmediatypes::PixelFormat format) {
   return std::nullopt;
 }
 
-std::string FourCCText(uint32_t fourcc) {
-  const char text[5] = {static_cast<char>(fourcc >> 24), static_cast<char>(fourcc >> 16),
-                        static_cast<char>(fourcc >> 8), static_cast<char>(fourcc), 0};
-  return text;
-}
-
 }  // namespace
 
 FrameView ViewOf(const RL::IPane& frame, const RL::FrameFormat& requested) {
@@ -67,7 +62,7 @@ FrameView ViewOf(const RL::IPane& frame, const RL::FrameFormat& requested) {
   const kilnmediatypes::PixelFormat format = described ? frame.GetPixelFormat() : requested.pixelFormat;
   const std::optional<PixelLayout> layout = LayoutOf(format);
   if (!layout) {
-    throw HostError("the frame is in pixel format '" + FourCCText(format.fourcc) + "', which this host can't show");
+    throw HostError("the frame is in pixel format " + FourCharCodeText(format.fourcc) + ", which this host can't show");
   }
   view.layout = *layout;
   view.width = described ? frame.GetWidth() : requested.width;

@@ -13,6 +13,7 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -164,11 +165,64 @@ TEST_F(TetherhostTest, ServerThatCannotBeReachedFailsWithAClearLine) {
   EXPECT_NE(run.err.find("tetherhost: "), std::string::npos) << run.err;
 }
 
-TEST_F(TetherhostTest, BadOptionsAreUsageErrors) {
-  EXPECT_EQ(Tetherhost("import " + Example("simple.marlp") + " --frames 5-2").status, 2);
-  EXPECT_EQ(Tetherhost("import " + Example("simple.marlp") + " --format yuv").status, 2);
-  EXPECT_EQ(Tetherhost("play " + Example("simple.marlp") + " --seconds 0").status, 2);
-  EXPECT_NE(Tetherhost("frobnicate").status, 0);
+size_t LineCount(const std::string& text) { return static_cast<size_t>(std::count(text.begin(), text.end(), '\n')); }
+
+TEST_F(TetherhostTest, BadOptionsAreUsageErrorsOfOneLine) {
+  for (const std::string& arguments :
+       {"import " + Example("simple.marlp") + " --frames 5-2", "import " + Example("simple.marlp") + " --format yuv",
+        "play " + Example("simple.marlp") + " --seconds 0", "play " + Example("simple.marlp") + " --seconds nan",
+        "play " + Example("simple.marlp") + " --seconds inf", "play " + Example("simple.marlp") + " --seconds 1e19",
+        "play " + Example("simple.marlp") + " --seconds abc", "play " + Example("simple.marlp") + " --loops 0",
+        "play " + Example("simple.marlp") + " --prefetch -1", "list " + Example("simple.marlp") + " extra",
+        std::string("frobnicate"), std::string("--log-level 11 list x"), std::string("")}) {
+    const Outcome run = Tetherhost(arguments);
+    EXPECT_EQ(run.status, 2) << arguments << ": " << run.err;
+    EXPECT_EQ(LineCount(run.err), 1u) << arguments << ": " << run.err;
+    EXPECT_EQ(run.err.rfind("tetherhost: ", 0), 0u) << run.err;
+    EXPECT_EQ(run.out, "") << arguments;
+  }
+}
+
+TEST_F(TetherhostTest, MistypedCommandSuggestsTheCommandMeant) {
+  const Outcome run = Tetherhost("improt " + Example("simple.marlp"));
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.err.find("unknown command 'improt' (did you mean 'import'?)"), std::string::npos) << run.err;
+}
+
+TEST_F(TetherhostTest, VersionAndHelpSucceed) {
+  const Outcome version = Tetherhost("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out.rfind("tetherhost ", 0), 0u) << version.out;
+  const Outcome help = Tetherhost("play --help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("Exit status: 0"), std::string::npos) << help.out;
+}
+
+TEST_F(TetherhostTest, FailedImportIsOneLineWithoutTheInternalLogUnlessAsked) {
+  const fs::path bad = mFolder / "broken.marlp";
+  std::ofstream(bad) << "{ this is not json";
+  const Outcome quiet = Tetherhost("import '" + bad.string() + "'");
+  EXPECT_EQ(quiet.status, 1);
+  EXPECT_EQ(LineCount(quiet.err), 1u) << quiet.err;
+  EXPECT_EQ(quiet.err.find("[kilncore]"), std::string::npos) << quiet.err;
+
+  const fs::path log = mFolder / "host.log";
+  const Outcome logged = Tetherhost("import '" + bad.string() + "'", "TETHERHOST_LOG='" + log.string() + "'");
+  EXPECT_EQ(logged.status, 1);
+  EXPECT_EQ(LineCount(logged.err), 1u) << logged.err;
+  EXPECT_NE(ReadAll(log).find("[kilncore] exception in"), std::string::npos) << ReadAll(log);
+
+  const Outcome verbose = Tetherhost("-v import '" + bad.string() + "'");
+  EXPECT_EQ(verbose.status, 1);
+  EXPECT_NE(verbose.err.find("[kilncore] exception in"), std::string::npos) << verbose.err;
+}
+
+TEST_F(TetherhostTest, DemoSucceedsQuietly) {
+  const Outcome run = Tetherhost("demo");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  EXPECT_NE(run.out.find("code 'TTHM'"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("ended with 0xF3610008"), std::string::npos) << run.out;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
+#include <host/cli/FourCharCode.h>
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/ProgressText.h>
+#include <host/cli/Suggestion.h>
 
 #include <gtest/gtest.h>
 
@@ -55,6 +57,42 @@ TEST(CommandLineValuesTest, ProgressShowsTheDefaultTextWithItsArguments) {
   EXPECT_EQ(ProgressText("$$$/X=^2 of ^1", {"a", "b"}), "b of a");
   EXPECT_EQ(ProgressText("$$$/X=Missing ^3", {"a"}), "Missing ");
   EXPECT_EQ(ProgressText("NoDefaultText", {"a"}), "NoDefaultText");
+}
+
+TEST(CommandLineValuesTest, RealNumbersAreFiniteAndInRange) {
+  EXPECT_EQ(ParseRealInRange("2.5", 0, 10), 2.5);
+  EXPECT_EQ(ParseRealInRange("1e1", 0, 10), 10.0);
+  for (const char* bad : {"nan", "NaN", "inf", "-inf", "1e19", "-1", "10.01", "", "2.5s", " 2"}) {
+    EXPECT_THROW(ParseRealInRange(bad, 0, 10), std::invalid_argument) << bad;
+  }
+  try {
+    ParseRealInRange("nan", 0.5, 100);
+    ADD_FAILURE();
+  } catch (const std::invalid_argument& e) {
+    EXPECT_STREQ(e.what(), "'nan' is not a number from 0.5 to 100");
+  }
+}
+
+TEST(CommandLineValuesTest, WholeNumbersAreDecimalAndInRange) {
+  EXPECT_EQ(ParseIntegerInRange("64", 0, 64), 64);
+  for (const char* bad : {"65", "-1", "1.0", "1e2", "0x10", "", "99999999999999999999"}) {
+    EXPECT_THROW(ParseIntegerInRange(bad, 0, 64), std::invalid_argument) << bad;
+  }
+}
+
+TEST(CommandLineValuesTest, MistypedWordsSuggestTheClosestCandidate) {
+  const std::vector<std::string> commands = {"demo", "list", "import", "play", "info"};
+  EXPECT_EQ(Suggest("improt", commands), "import");
+  EXPECT_EQ(Suggest("lst", commands), "list");
+  EXPECT_EQ(Suggest("plya", commands), "play");
+  EXPECT_EQ(Suggest("imp", commands), "import");
+  EXPECT_EQ(Suggest("frobnicate", commands), std::nullopt);
+  EXPECT_EQ(Suggest("", commands), std::nullopt);
+}
+
+TEST(CommandLineValuesTest, FourCharacterCodesShowTheirLettersOrHex) {
+  EXPECT_EQ(FourCharCodeText(0x5454484Du), "'TTHM'");
+  EXPECT_EQ(FourCharCodeText(1u), "0x00000001");
 }
 
 }  // namespace
