@@ -19,6 +19,7 @@ PACKAGES=(
   libboost-dev rapidjson-dev libxxhash-dev libmsgpack-cxx-dev
   libpng-dev libsndfile1-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  ffmpeg
 )
 
 as_root() {

@@ -4,6 +4,7 @@
 #include <host/cli/FrameRange.h>
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
+#include <host/cli/ReadableNames.h>
 #include <host/output/ContactSheet.h>
 #include <host/output/PngFile.h>
 #include <host/output/WavFile.h>
@@ -18,12 +19,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <stdexcept>
 
 namespace tetherhost {
 namespace {
 
 constexpr int64_t kDefaultFrameCount = 12;
 constexpr uint32_t kAudioBlockFrames = 4096;
+// Audio larger than this is written only when asked (--large-audio): a clip
+// that lasts years would otherwise fill the disk before anyone noticed.
+constexpr uint64_t kLargestAudioUnasked = uint64_t{8} << 30;
 
 void PrintDescription(const ClipDescription& clip) {
   const double fps = clip.frameRate.ToFramesPerSecond();
@@ -31,16 +37,25 @@ void PrintDescription(const ClipDescription& clip) {
   std::printf("duration:      %.3f s, %lld frames\n", clip.duration.ToSeconds(),
               static_cast<long long>(clip.frameCount));
   std::printf("frame rate:    %.3f fps\n", fps);
-  std::printf("size:          %d x %d, pixel aspect %d:%d, field type %d\n", clip.width, clip.height,
-              clip.pixelAspectNumerator, clip.pixelAspectDenominator, clip.fieldType);
-  std::printf("time display:  %d\n", clip.timeDisplay);
+  std::printf("size:          %d x %d, pixel aspect %d:%d, %s\n", clip.width, clip.height,
+              clip.pixelAspectNumerator, clip.pixelAspectDenominator, FieldTypeName(clip.fieldType).c_str());
+  std::printf("time display:  %s\n", TimeDisplayName(clip.timeDisplay).c_str());
   std::printf("streams:       %zu video, %zu audio", clip.videoStreams, clip.audioStreams);
   if (clip.audioStreams > 0) std::printf(" (%d Hz, %u channels)", clip.sampleRate, clip.audioChannels);
   std::printf("\ncontent state: %s\n", clip.contentState.AsUTF8String().c_str());
 }
 
+// The frames to write: those asked for, every one of which must be in the
+// clip, or twelve spread over it.
 FrameRange ChooseFrames(const std::string& text, int64_t frameCount) {
-  if (!text.empty()) return FrameRange::Parse(text).ClippedTo(frameCount);
+  if (!text.empty()) {
+    const FrameRange asked = FrameRange::Parse(text);
+    if (asked.ClippedTo(frameCount).frames().size() != asked.frames().size()) {
+      throw std::invalid_argument("--frames " + text + ": the clip has " +
+                                  (frameCount > 0 ? "frames 0-" + std::to_string(frameCount - 1) : "no frames"));
+    }
+    return asked;
+  }
   if (frameCount <= 0) return {};
   const int64_t step = std::max<int64_t>(1, frameCount / kDefaultFrameCount);
   return FrameRange::Parse("0-" + std::to_string(frameCount - 1) + "/" + std::to_string(step))
@@ -53,47 +68,86 @@ std::filesystem::path FrameFile(const std::filesystem::path& folder, int64_t fra
   return folder / name;
 }
 
+// Writes one frame as PNG, 16 bits a channel for float frames so that they
+// keep their precision, and returns its 8-bit picture for the contact sheet.
+RgbaImage WriteFrame(FramePuller& puller, int64_t frame, bool deep, const std::filesystem::path& file,
+                     PixelAspect aspect) {
+  if (!deep) {
+    RgbaImage image = puller.Pull(frame);
+    PngFile::Write(file, image, aspect);
+    return image;
+  }
+  const Rgba16Image image = puller.PullDeep(frame);
+  PngFile::Write(file, image, aspect);
+  return image.Narrowed();
+}
+
 void WriteFrames(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options,
                  ProgressView& progress) {
   const FrameRange frames = ChooseFrames(options.frames, description.frameCount);
-  if (frames.empty()) throw HostError("no frame of the clip is in the range '" + options.frames + "'");
+  if (frames.empty()) throw HostError("the clip has no frames to write");
   auto [width, height] = options.size.empty() ? std::pair<int32_t, int32_t>(0, 0) : ParseFrameSize(options.size);
   const auto video = clip.VideoStream();
-  FramePuller puller(*video, clip.Prefs(), description.frameRate, ParsePixelFormat(options.format), width, height);
+  const kilnmediatypes::PixelFormat format = ParsePixelFormat(options.format);
+  const bool deep = format == kilnmediatypes::kPixelFormat_RGBA_4444_32f;
+  const PixelAspect aspect{description.pixelAspectNumerator, description.pixelAspectDenominator};
+  FramePuller puller(*video, clip.Prefs(), description.frameRate, format, width, height);
   ContactSheet sheet(4, 480);
   std::filesystem::create_directories(options.out);
   size_t done = 0;
   for (const int64_t frame : frames.frames()) {
     progress.Report(static_cast<double>(done) / frames.frames().size(), "Rendering frame " + std::to_string(frame));
-    const RgbaImage image = puller.Pull(frame);
-    PngFile::Write(FrameFile(options.out, frame), image);
-    sheet.Add(image);
+    sheet.Add(WriteFrame(puller, frame, deep, FrameFile(options.out, frame), aspect));
     ++done;
   }
-  progress.Report(1.0, "Rendered " + std::to_string(done) + " frames");
   progress.Finish();
   PngFile::Write(options.out / "contact-sheet.png", sheet.Compose());
-  std::printf("frames:        %zu PNG files and contact-sheet.png in %s\n", done, options.out.string().c_str());
+  std::printf("frames:        %zu PNG files (%s) and contact-sheet.png in %s\n", done,
+              deep ? "16 bits a channel" : "8 bits a channel", options.out.string().c_str());
 }
 
-void WriteAudio(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options,
+// What the audio file will hold; checked before any frame is written, so that
+// a clip without audio, or audio too large to write unasked, fails at once.
+struct AudioPlan {
+  int64_t frames = 0;
+  uint64_t bytes = 0;
+};
+
+AudioPlan PlanAudio(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options) {
+  if (description.audioStreams == 0 || description.audioChannels == 0) {
+    throw HostError("the clip has no audio to write to " + options.audio.string());
+  }
+  AudioPlan plan;
+  const auto audio = clip.AudioStream();
+  if (!audio) throw HostError("the clip has no audio to write to " + options.audio.string());
+  const AudioPuller puller(*audio, kAudioBlockFrames);
+  plan.frames = puller.FrameAt(description.duration);
+  plan.bytes = static_cast<uint64_t>(plan.frames) * puller.channels() * WavFile::kBytesPerSample;
+  if (plan.bytes > kLargestAudioUnasked && !options.largeAudio) {
+    throw HostError("the audio would take " + ByteSizeText(plan.bytes) + " (" + std::to_string(plan.frames) +
+                    " samples of " + std::to_string(puller.channels()) +
+                    " channels); add --large-audio to write it anyway");
+  }
+  return plan;
+}
+
+void WriteAudio(const LinkedClip& clip, const ImportOptions& options, const AudioPlan& plan,
                 ProgressView& progress) {
   const auto audio = clip.AudioStream();
-  if (!audio) throw HostError("the clip has no audio to write");
   AudioPuller puller(*audio, kAudioBlockFrames);
-  const int64_t total = puller.FrameAt(description.duration);
   if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
-  WavFile wav(options.audio, puller.sampleRate(), static_cast<int32_t>(puller.channels()));
-  for (int64_t frame = 0; frame < total; frame += kAudioBlockFrames) {
-    progress.Report(static_cast<double>(frame) / total, "Reading audio");
+  WavFile wav(options.audio, puller.sampleRate(), static_cast<int32_t>(puller.channels()), puller.Labels());
+  for (int64_t frame = 0; frame < plan.frames; frame += kAudioBlockFrames) {
+    progress.Report(static_cast<double>(frame) / plan.frames, "Reading audio");
     const kilnaudiotoolkit::AudioBuffer& block = puller.Read(frame);
     std::vector<const float*> channels(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
-    wav.Append(channels, std::min<int64_t>(kAudioBlockFrames, total - frame));
+    wav.Append(channels, std::min<int64_t>(kAudioBlockFrames, plan.frames - frame));
   }
-  wav.Close();
   progress.Finish();
-  std::printf("audio:         %lld samples at %d Hz, %u channels in %s\n", static_cast<long long>(total),
-              puller.sampleRate(), puller.channels(), options.audio.string().c_str());
+  wav.Close();
+  std::printf("audio:         %lld samples at %d Hz, %u channels (%s) in %s\n", static_cast<long long>(plan.frames),
+              puller.sampleRate(), puller.channels(), ByteSizeText(plan.bytes).c_str(),
+              options.audio.string().c_str());
 }
 
 }  // namespace
@@ -115,8 +169,10 @@ int RunImport(HostSession& session, const ImportOptions& options) {
     }
     const ClipDescription description = clip.Describe();
     PrintDescription(description);
+    AudioPlan audio;
+    if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
     WriteFrames(clip, description, options, session.Progress());
-    if (!options.audio.empty()) WriteAudio(clip, description, options, session.Progress());
+    if (!options.audio.empty()) WriteAudio(clip, options, audio, session.Progress());
     return 0;
   });
 }
@@ -133,10 +189,12 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--frames", options->frames,
                      "frames, such as 0-9, 0-100/10 or 1,5,9 (default: 12 spread over the clip)");
   import->add_option("--size", options->size, "frame size WxH (default: the clip's own)");
-  import->add_option("--format", options->format, "pixel format: bgra8 or rgba32f")->capture_default_str();
+  import->add_option("--format", options->format, "pixel format: bgra8 (8-bit PNG) or rgba32f (16-bit PNG)")
+      ->capture_default_str();
   import->add_option("--guides", options->guides, "draw guide layers: on or off (default: as the clip has it)");
   import->add_option("--out", options->out, "folder for the frames and the contact sheet")->capture_default_str();
   import->add_option("--audio", options->audio, "write the clip's audio to this WAV file");
+  import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
 }
 
 }  // namespace tetherhost

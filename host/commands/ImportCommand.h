@@ -25,6 +25,8 @@ struct ImportOptions {
   std::filesystem::path out = "tetherhost-out";
   // Empty: no audio is written.
   std::filesystem::path audio;
+  // Audio that would take more than 8 GiB is written only when this is set.
+  bool largeAudio = false;
 };
 
 // Returns the process's exit status; throws HostError (or

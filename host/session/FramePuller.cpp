@@ -26,7 +26,8 @@ kilnmediatypes::TickTime FramePuller::TimeOf(int64_t frame) const {
   return kilnmediatypes::TickTime(frame, mFrameRate);
 }
 
-RgbaImage FramePuller::Pull(int64_t frame) {
+template <typename Convert>
+auto FramePuller::Fetch(int64_t frame, Convert convert) {
   const kilnmediatypes::TickTime time = TimeOf(frame);
   const RL::FrameFormat format = WantedFormat(mVideo, time, mPixelFormat, mWidth, mHeight);
   KL::IVideoSource::Frame pane;
@@ -38,8 +39,12 @@ RgbaImage FramePuller::Pull(int64_t frame) {
   }
   HostError::ThrowIfFailed(result, "frame " + std::to_string(frame));
   if (!pane) throw HostError("frame " + std::to_string(frame) + " came back empty");
-  return RgbaImage::FromFrame(ViewOf(*pane, format));
+  return convert(ViewOf(*pane, format));
 }
+
+RgbaImage FramePuller::Pull(int64_t frame) { return Fetch(frame, &RgbaImage::FromFrame); }
+
+Rgba16Image FramePuller::PullDeep(int64_t frame) { return Fetch(frame, &Rgba16Image::FromFrame); }
 
 namespace {
 

@@ -19,6 +19,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -67,6 +68,25 @@ class TetherhostTest : public ::testing::Test {
   }
 
   static std::string Example(const char* name) { return "'" + (kExamples / name).string() + "'"; }
+
+  // What ffprobe (another tool, as a user's next step would use) says of
+  // `input`: its arguments, then "key=value" lines of the entries asked for.
+  std::string Probe(const std::string& arguments) {
+    const fs::path out = mFolder / "ffprobe.txt";
+    const std::string command =
+        "ffprobe -v error -of default=noprint_wrappers=1 " + arguments + " >'" + out.string() + "' 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command << ": " << ReadAll(out);
+    return ReadAll(out);
+  }
+
+  // Names of the files in `folder` that start with a dot: unfinished outputs.
+  static std::vector<std::string> HiddenFiles(const fs::path& folder) {
+    std::vector<std::string> hidden;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      if (entry.path().filename().string().rfind('.', 0) == 0) hidden.push_back(entry.path().filename());
+    }
+    return hidden;
+  }
 
   fs::path mFolder;
 };
@@ -223,6 +243,119 @@ TEST_F(TetherhostTest, DemoSucceedsQuietly) {
   EXPECT_EQ(run.err, "");
   EXPECT_NE(run.out.find("code 'TTHM'"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("ended with 0xF3610008"), std::string::npos) << run.out;
+}
+
+TEST_F(TetherhostTest, NonSquareFramesStateTheirPixelAspectAndReadAsOneSequence) {
+  const fs::path out = mFolder / "sd";
+  const Outcome run =
+      Tetherhost("import " + Example("nested.marlp") + " --item 'SD 720x480 29.97 lower field' --frames 0-9 --out '" +
+                 out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("pixel aspect 10:11, interlaced, lower field first"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("time display:  29.97 fps non-drop timecode"), std::string::npos) << run.out;
+  const std::string frame = Probe("-show_entries stream=width,height,sample_aspect_ratio '" +
+                                  (out / "frame_00000.png").string() + "'");
+  EXPECT_NE(frame.find("width=720\nheight=480\n"), std::string::npos) << frame;
+  // libpng reads the pHYs chunk as the PNG standard defines it (pixels per
+  // unit across and down); ffmpeg reads its two numbers as a ratio the other
+  // way round, so it shows the reciprocal. Either way the shape is stated.
+  const tetherhost::PixelAspect aspect = tetherhost::PngFile::ReadPixelAspect(out / "frame_00000.png");
+  EXPECT_EQ(aspect.numerator, 10);
+  EXPECT_EQ(aspect.denominator, 11);
+  EXPECT_NE(frame.find("sample_aspect_ratio=11:10"), std::string::npos) << frame;
+  const std::string sequence = Probe("-f image2 -framerate 30000/1001 -count_frames -show_entries "
+                                     "stream=nb_read_frames,r_frame_rate -i '" + (out / "frame_%05d.png").string() + "'");
+  EXPECT_NE(sequence.find("r_frame_rate=30000/1001"), std::string::npos) << sequence;
+  EXPECT_NE(sequence.find("nb_read_frames=10"), std::string::npos) << sequence;
+  EXPECT_EQ(HiddenFiles(out), std::vector<std::string>());
+}
+
+TEST_F(TetherhostTest, SixChannelAudioCarriesItsLayout) {
+  const fs::path out = mFolder / "main";
+  const Outcome run = Tetherhost("import " + Example("nested.marlp") + " --item 'Main 1080p29.97 DF' --frames 0 --out '" +
+                                 out.string() + "' --audio '" + (out / "main.wav").string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::string audio = Probe("-show_entries stream=sample_rate,channels,channel_layout,duration_ts '" +
+                                  (out / "main.wav").string() + "'");
+  EXPECT_NE(audio.find("sample_rate=48000"), std::string::npos) << audio;
+  EXPECT_NE(audio.find("channels=6"), std::string::npos) << audio;
+  EXPECT_NE(audio.find("channel_layout=5.1"), std::string::npos) << audio;
+  // 30.03 s at 48 kHz: 900 frames at 30000/1001 fps.
+  EXPECT_NE(audio.find("duration_ts=1441440"), std::string::npos) << audio;
+  EXPECT_EQ(HiddenFiles(out), std::vector<std::string>());
+}
+
+// The lower third of the title is a blue box at low alpha over nothing: its
+// straight colour is about (13, 26, 102); written premultiplied by mistake, it
+// would read about (1, 1, 6), a dark fringe in every composite.
+TEST_F(TetherhostTest, TransparentFramesAreWrittenWithStraightColour) {
+  const fs::path out = mFolder / "title";
+  const Outcome run = Tetherhost("import " + Example("title.marlgraphic") + " --frames 0 --out '" + out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const tetherhost::RgbaImage frame = tetherhost::PngFile::Read(out / "frame_00000.png");
+  // Averaged over the faint part of the box, where 8 bits of premultiplied
+  // colour leave a few steps of error in each straight pixel.
+  double sum[3] = {0, 0, 0};
+  int64_t count = 0;
+  for (int32_t y = frame.height() * 2 / 3; y < frame.height(); ++y) {
+    for (int32_t x = 0; x < frame.width(); ++x) {
+      const uint8_t* pixel = frame.PixelAt(x, y);
+      if (pixel[3] < 16 || pixel[3] > 31) continue;
+      for (int c = 0; c < 3; ++c) sum[c] += pixel[c];
+      ++count;
+    }
+  }
+  ASSERT_GT(count, 1000);
+  EXPECT_NEAR(sum[0] / count, 13, 4);
+  EXPECT_NEAR(sum[1] / count, 26, 4);
+  EXPECT_NEAR(sum[2] / count, 102, 4);
+}
+
+TEST_F(TetherhostTest, FloatFramesAreWrittenAtSixteenBits) {
+  const fs::path out = mFolder / "float";
+  const Outcome run = Tetherhost("import " + Example("title.marlgraphic") + " --frames 0 --format rgba32f --out '" +
+                                 out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::string frame = Probe("-show_entries stream=pix_fmt,width '" + (out / "frame_00000.png").string() + "'");
+  EXPECT_NE(frame.find("pix_fmt=rgba64be"), std::string::npos) << frame;
+}
+
+TEST_F(TetherhostTest, AudioOfAClipWithoutAudioFailsBeforeAnyFrameIsWritten) {
+  const fs::path out = mFolder / "sd";
+  const Outcome run = Tetherhost("import " + Example("nested.marlp") +
+                                 " --item 'SD 720x480 29.97 lower field' --frames 0-2 --out '" + out.string() +
+                                 "' --audio '" + (out / "sd.wav").string() + "'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("the clip has no audio"), std::string::npos) << run.err;
+  EXPECT_FALSE(fs::exists(out / "frame_00000.png"));
+}
+
+TEST_F(TetherhostTest, AudioOfYearsIsRefusedWithItsSizeUnlessAsked) {
+  // The sample project made to last 10^8 frames: 46 days of stereo.
+  std::string project = ReadAll(kExamples / "simple.marlp");
+  const std::string duration = "\"durationFrames\": 250";
+  ASSERT_NE(project.find(duration), std::string::npos);
+  project.replace(project.find(duration), duration.size(), "\"durationFrames\": 100000000");
+  const fs::path file = mFolder / "long.marlp";
+  std::ofstream(file) << project;
+  const fs::path out = mFolder / "long";
+  const Outcome run = Tetherhost("import '" + file.string() + "' --frames 0 --out '" + out.string() + "' --audio '" +
+                                 (out / "long.wav").string() + "'");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("the audio would take 1.4 TiB"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("--large-audio"), std::string::npos) << run.err;
+  EXPECT_FALSE(fs::exists(out / "frame_00000.png"));
+  EXPECT_FALSE(fs::exists(out / "long.wav"));
+}
+
+TEST_F(TetherhostTest, FramesOutsideTheClipNameTheValidRange) {
+  for (const char* frames : {"245-260", "9999"}) {
+    const Outcome run = Tetherhost("import " + Example("simple.marlp") + " --frames " + frames + " --out '" +
+                                   (mFolder / "out").string() + "'");
+    EXPECT_EQ(run.status, 2) << frames;
+    EXPECT_NE(run.err.find("the clip has frames 0-249"), std::string::npos) << run.err;
+    EXPECT_FALSE(fs::exists(mFolder / "out" / "frame_00245.png"));
+  }
 }
 
 }  // namespace

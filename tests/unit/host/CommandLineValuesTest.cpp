@@ -2,6 +2,7 @@
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/ProgressText.h>
+#include <host/cli/ReadableNames.h>
 #include <host/cli/Suggestion.h>
 
 #include <gtest/gtest.h>
@@ -93,6 +94,20 @@ TEST(CommandLineValuesTest, MistypedWordsSuggestTheClosestCandidate) {
 TEST(CommandLineValuesTest, FourCharacterCodesShowTheirLettersOrHex) {
   EXPECT_EQ(FourCharCodeText(0x5454484Du), "'TTHM'");
   EXPECT_EQ(FourCharCodeText(1u), "0x00000001");
+}
+
+TEST(CommandLineValuesTest, NumbersOfTheHostShowAsNames) {
+  EXPECT_EQ(FieldTypeName(0), "progressive");
+  EXPECT_EQ(FieldTypeName(2), "interlaced, lower field first");
+  EXPECT_EQ(FieldTypeName(7), "field type 7");
+  EXPECT_EQ(TimeDisplayName(104), "25 fps timecode");
+  EXPECT_EQ(TimeDisplayName(102), "29.97 fps drop-frame timecode");
+  EXPECT_EQ(TimeDisplayName(999), "none");
+  EXPECT_EQ(TimeDisplayName(5), "time display 5");
+  EXPECT_EQ(ByteSizeText(1), "1 byte");
+  EXPECT_EQ(ByteSizeText(1023), "1023 bytes");
+  EXPECT_EQ(ByteSizeText(1536), "1.5 KiB");
+  EXPECT_EQ(ByteSizeText(uint64_t{5} << 40), "5.0 TiB");
 }
 
 }  // namespace
