@@ -2,6 +2,7 @@
 
 #include <host/cli/ExitStatus.h>
 #include <host/cli/HostError.h>
+#include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/Suggestion.h>
 
@@ -125,7 +126,11 @@ int CommandLine::RunCommand(const Command& command, std::FILE* err) const {
   try {
     const HostLog routed(log);
     try {
+      Interruption::Install();
       return command.run();
+    } catch (const Interrupted& e) {
+      std::fprintf(err, "%s: %s\n", mName.c_str(), e.what());
+      return kExitInterrupted;
     } catch (const HostError& e) {
       std::fprintf(err, "%s: %s\n", mName.c_str(), e.Describe().c_str());
       return kExitFailure;

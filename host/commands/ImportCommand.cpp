@@ -2,7 +2,9 @@
 
 #include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
+#include <host/cli/Formatted.h>
 #include <host/cli/HostError.h>
+#include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/ReadableNames.h>
 #include <host/output/ContactSheet.h>
@@ -14,9 +16,11 @@
 #include <host/session/LinkedClip.h>
 #include <host/session/ProgressView.h>
 
+#include <TetherMedia/MissingAssets.h>
 #include <TetherMedia/Prefs.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -31,18 +35,34 @@ constexpr uint32_t kAudioBlockFrames = 4096;
 // that lasts years would otherwise fill the disk before anyone noticed.
 constexpr uint64_t kLargestAudioUnasked = uint64_t{8} << 30;
 
-void PrintDescription(const ClipDescription& clip) {
-  const double fps = clip.frameRate.ToFramesPerSecond();
-  std::printf("item:          %s (%s)\n", clip.displayName.c_str(), clip.sourceID.AsUTF8String().c_str());
-  std::printf("duration:      %.3f s, %lld frames\n", clip.duration.ToSeconds(),
-              static_cast<long long>(clip.frameCount));
-  std::printf("frame rate:    %.3f fps\n", fps);
-  std::printf("size:          %d x %d, pixel aspect %d:%d, %s\n", clip.width, clip.height,
-              clip.pixelAspectNumerator, clip.pixelAspectDenominator, FieldTypeName(clip.fieldType).c_str());
-  std::printf("time display:  %s\n", TimeDisplayName(clip.timeDisplay).c_str());
-  std::printf("streams:       %zu video, %zu audio", clip.videoStreams, clip.audioStreams);
-  if (clip.audioStreams > 0) std::printf(" (%d Hz, %u channels)", clip.sampleRate, clip.audioChannels);
-  std::printf("\ncontent state: %s\n", clip.contentState.AsUTF8String().c_str());
+void PrintDescription(const ClipDescription& clip, ProgressView& progress) {
+  std::string text =
+      Formatted("item:          %s (%s)\n", clip.displayName.c_str(), clip.sourceID.AsUTF8String().c_str());
+  text += Formatted("duration:      %.3f s, %lld frames\n", clip.duration.ToSeconds(),
+                    static_cast<long long>(clip.frameCount));
+  text += Formatted("frame rate:    %.3f fps\n", clip.frameRate.ToFramesPerSecond());
+  text += Formatted("size:          %d x %d, pixel aspect %d:%d, %s\n", clip.width, clip.height,
+                    clip.pixelAspectNumerator, clip.pixelAspectDenominator, FieldTypeName(clip.fieldType).c_str());
+  text += Formatted("time display:  %s\n", TimeDisplayName(clip.timeDisplay).c_str());
+  text += Formatted("streams:       %zu video, %zu audio", clip.videoStreams, clip.audioStreams);
+  if (clip.audioStreams > 0) text += Formatted(" (%d Hz, %u channels)", clip.sampleRate, clip.audioChannels);
+  text += Formatted("\ncontent state: %s\n", clip.contentState.AsUTF8String().c_str());
+  progress.Print(text);
+}
+
+// The fonts the owner reported missing for what was imported, in the summary
+// where a user reads them after the run, not only in a passing caption.
+void PrintMissingFonts(ProgressView& progress) {
+  const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
+  if (fonts.empty()) return;
+  std::string names;
+  for (const tether::MissingFont& font : fonts) {
+    if (!names.empty()) names += ", ";
+    names += font.identityA;
+    if (!font.identityB.empty()) names += " " + font.identityB;
+    if (!font.detailB.empty()) names += " (" + font.detailB + ")";
+  }
+  progress.Print(Formatted("missing fonts: %s\n", names.c_str()));
 }
 
 // The frames to write: those asked for, every one of which must be in the
@@ -96,14 +116,15 @@ void WriteFrames(const LinkedClip& clip, const ClipDescription& description, con
   std::filesystem::create_directories(options.out);
   size_t done = 0;
   for (const int64_t frame : frames.frames()) {
+    if (Interruption::Requested()) break;
     progress.Report(static_cast<double>(done) / frames.frames().size(), "Rendering frame " + std::to_string(frame));
     sheet.Add(WriteFrame(puller, frame, deep, FrameFile(options.out, frame), aspect));
     ++done;
   }
-  progress.Finish();
-  PngFile::Write(options.out / "contact-sheet.png", sheet.Compose());
-  std::printf("frames:        %zu PNG files (%s) and contact-sheet.png in %s\n", done,
-              deep ? "16 bits a channel" : "8 bits a channel", options.out.string().c_str());
+  if (done > 0) PngFile::Write(options.out / "contact-sheet.png", sheet.Compose());
+  progress.Print(Formatted("frames:        %zu PNG files (%s) and contact-sheet.png in %s\n", done,
+                           deep ? "16 bits a channel" : "8 bits a channel", options.out.string().c_str()));
+  if (Interruption::Requested()) throw Interrupted("interrupted after " + std::to_string(done) + " frames");
 }
 
 // What the audio file will hold; checked before any frame is written, so that
@@ -138,16 +159,16 @@ void WriteAudio(const LinkedClip& clip, const ImportOptions& options, const Audi
   if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
   WavFile wav(options.audio, puller.sampleRate(), static_cast<int32_t>(puller.channels()), puller.Labels());
   for (int64_t frame = 0; frame < plan.frames; frame += kAudioBlockFrames) {
+    if (Interruption::Requested()) throw Interrupted("interrupted while writing the audio; no file was left");
     progress.Report(static_cast<double>(frame) / plan.frames, "Reading audio");
     const kilnaudiotoolkit::AudioBuffer& block = puller.Read(frame);
     std::vector<const float*> channels(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
     wav.Append(channels, std::min<int64_t>(kAudioBlockFrames, plan.frames - frame));
   }
-  progress.Finish();
   wav.Close();
-  std::printf("audio:         %lld samples at %d Hz, %u channels (%s) in %s\n", static_cast<long long>(plan.frames),
-              puller.sampleRate(), puller.channels(), ByteSizeText(plan.bytes).c_str(),
-              options.audio.string().c_str());
+  progress.Print(Formatted("audio:         %lld samples at %d Hz, %u channels (%s) in %s\n",
+                           static_cast<long long>(plan.frames), puller.sampleRate(), puller.channels(),
+                           ByteSizeText(plan.bytes).c_str(), options.audio.string().c_str()));
 }
 
 }  // namespace
@@ -157,6 +178,9 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   ParsePixelFormat(options.format);  // a bad option fails before any work
   if (!options.size.empty()) ParseFrameSize(options.size);
   if (!options.frames.empty()) FrameRange::Parse(options.frames);
+  if (options.out == "-") {
+    throw std::invalid_argument("--out is a folder for PNG files; '-' (standard output) is not one");
+  }
   return session.RunWithUserInterface([&] {
     LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
     if (guides) {
@@ -168,7 +192,8 @@ int RunImport(HostSession& session, const ImportOptions& options) {
       clip.SetRenderOptions(renderOptions);
     }
     const ClipDescription description = clip.Describe();
-    PrintDescription(description);
+    PrintDescription(description, session.Progress());
+    PrintMissingFonts(session.Progress());
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
     WriteFrames(clip, description, options, session.Progress());
@@ -179,6 +204,8 @@ int RunImport(HostSession& session, const ImportOptions& options) {
 
 void AddImportCommand(CommandLine& commandLine) {
   auto options = std::make_shared<ImportOptions>();
+  // Where frames go unless --out says: TETHERHOST_OUT, as in the set-up script.
+  if (const char* out = std::getenv("TETHERHOST_OUT"); out != nullptr && *out != '\0') options->out = out;
   CLI::App* import = commandLine.AddCommand(
       "import", "import a composition and write its frames and audio", [options] {
         HostSession session;
@@ -192,7 +219,8 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--format", options->format, "pixel format: bgra8 (8-bit PNG) or rgba32f (16-bit PNG)")
       ->capture_default_str();
   import->add_option("--guides", options->guides, "draw guide layers: on or off (default: as the clip has it)");
-  import->add_option("--out", options->out, "folder for the frames and the contact sheet")->capture_default_str();
+  import->add_option("--out", options->out, "folder for the frames and the contact sheet (also TETHERHOST_OUT)")
+      ->capture_default_str();
   import->add_option("--audio", options->audio, "write the clip's audio to this WAV file");
   import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
 }

@@ -3,6 +3,7 @@
 #include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
 #include <host/session/HostSession.h>
+#include <host/session/ProgressView.h>
 
 #include <TetherMedia/ProjectEnumeration.h>
 #include <kilncore/string/UTFConversion.h>
@@ -22,9 +23,11 @@ int RunList(HostSession& session, const std::filesystem::path& project) {
       throw HostError("no composition could be listed in " + project.string() +
                       " (the server could not open it, or it holds none)");
     }
+    std::string lines;
     for (const tether::ItemInfo& item : items) {
-      std::printf("%s  %s\n", item.id.AsUTF8String().c_str(), kilncore::string::UTF16to8(item.name).c_str());
+      lines += item.id.AsUTF8String() + "  " + kilncore::string::UTF16to8(item.name) + "\n";
     }
+    session.Progress().Print(lines);
     return 0;
   });
 }

@@ -1,11 +1,14 @@
 #include <host/commands/PlayCommand.h>
 
 #include <host/cli/CommandLine.h>
+#include <host/cli/Formatted.h>
 #include <host/cli/HostError.h>
+#include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
 #include <host/session/AudioPuller.h>
 #include <host/session/HostSession.h>
 #include <host/session/LinkedClip.h>
+#include <host/session/ProgressView.h>
 
 #include <KL/IAsyncVideoSource.h>
 #include <Pane/SharedPaneCache.h>
@@ -36,13 +39,15 @@ constexpr int32_t kMostLoops = 1000;
 // One pass of the player over frames [0, frameCount).
 class Player {
  public:
-  Player(const LinkedClip& clip, const ClipDescription& description, const PlayOptions& options)
+  Player(const LinkedClip& clip, const ClipDescription& description, const PlayOptions& options,
+         ProgressView& progress)
       : mPrefs(clip.Prefs()),
         mVideo(clip.VideoStream()),
         mAsync(mVideo),
         mAudioSource(clip.AudioStream()),
         mFrameRate(description.frameRate),
-        mOptions(options) {
+        mOptions(options),
+        mProgress(progress) {
     if (!mAsync) throw HostError("the video stream can't render in the background");
     if (mAudioSource) mAudio.emplace(*mAudioSource, kAudioBlockFrames);
     auto [width, height] =
@@ -58,7 +63,7 @@ class Player {
     mStart = Clock::now();
     mNextAudioFrame = 0;
     for (int64_t ahead = 0; ahead < std::min<int64_t>(mOptions.prefetch, frameCount); ++ahead) Prefetch(ahead);
-    for (int64_t frame = 0; frame < frameCount; ++frame) {
+    for (int64_t frame = 0; frame < frameCount && !Interruption::Requested(); ++frame) {
       if (frame + mOptions.prefetch < frameCount) Prefetch(frame + mOptions.prefetch);
       const Clock::time_point due = mStart + frame * mFrameLength;
       if (mOptions.paced) std::this_thread::sleep_until(due);
@@ -66,6 +71,10 @@ class Player {
       if (mOptions.paced && Clock::now() > due + mFrameLength) ++stats.lateFrames;
       if (mAudio) Hear(frame + 1, stats);
       ++stats.frames;
+      mProgress.Report(static_cast<double>(stats.frames) / frameCount,
+                       Formatted("frame %lld of %lld, %lld late, %lld underruns", static_cast<long long>(stats.frames),
+                                 static_cast<long long>(frameCount), static_cast<long long>(stats.lateFrames),
+                                 static_cast<long long>(stats.audioUnderruns)));
     }
     stats.seconds = std::chrono::duration<double>(Clock::now() - mStart).count();
     const auto after = Pane::SharedPaneCache::Instance().GetStatistics();
@@ -118,19 +127,20 @@ class Player {
   std::optional<AudioPuller> mAudio;
   kilnmediatypes::FrameRate mFrameRate;
   const PlayOptions& mOptions;
+  ProgressView& mProgress;
   RL::FrameFormat mFormat;
   Clock::duration mFrameLength{};
   Clock::time_point mStart;
   int64_t mNextAudioFrame = 0;
 };
 
-void PrintPass(int32_t pass, const PlayStatistics& stats) {
-  std::printf("pass %d: %lld frames in %.2f s, %.1f fps delivered; cache %lld hits, %lld misses; "
-              "%lld server renders; %lld late frames; %lld audio blocks, %lld underruns\n",
-              pass, static_cast<long long>(stats.frames), stats.seconds, stats.FramesPerSecond(),
-              static_cast<long long>(stats.cacheHits), static_cast<long long>(stats.cacheMisses),
-              static_cast<long long>(stats.serverRenders), static_cast<long long>(stats.lateFrames),
-              static_cast<long long>(stats.audioBlocks), static_cast<long long>(stats.audioUnderruns));
+void PrintPass(ProgressView& progress, int32_t pass, const PlayStatistics& stats) {
+  progress.Print(Formatted("pass %d: %lld frames in %.2f s, %.1f fps delivered; cache %lld hits, %lld misses; "
+                           "%lld server renders; %lld late frames; %lld audio blocks, %lld underruns\n",
+                           pass, static_cast<long long>(stats.frames), stats.seconds, stats.FramesPerSecond(),
+                           static_cast<long long>(stats.cacheHits), static_cast<long long>(stats.cacheMisses),
+                           static_cast<long long>(stats.serverRenders), static_cast<long long>(stats.lateFrames),
+                           static_cast<long long>(stats.audioBlocks), static_cast<long long>(stats.audioUnderruns)));
 }
 
 }  // namespace
@@ -157,11 +167,16 @@ int RunPlay(HostSession& session, const PlayOptions& options) {
     const int64_t frameCount = std::min<int64_t>(
         description.frameCount,
         static_cast<int64_t>(options.seconds * description.frameRate.ToFramesPerSecond() + 0.5));
-    std::printf("playing %s: %lld frames at %.3f fps, %d x %d, %s\n", description.displayName.c_str(),
-                static_cast<long long>(frameCount), description.frameRate.ToFramesPerSecond(), description.width,
-                description.height, options.paced ? "paced" : "as fast as frames come");
-    Player player(clip, description, options);
-    for (int32_t pass = 1; pass <= options.loops; ++pass) PrintPass(pass, player.Play(frameCount));
+    ProgressView& progress = session.Progress();
+    progress.Print(Formatted("playing %s: %lld frames at %.3f fps, %d x %d, %s\n", description.displayName.c_str(),
+                             static_cast<long long>(frameCount), description.frameRate.ToFramesPerSecond(),
+                             description.width, description.height,
+                             options.paced ? "paced" : "as fast as frames come"));
+    Player player(clip, description, options, progress);
+    for (int32_t pass = 1; pass <= options.loops; ++pass) {
+      PrintPass(progress, pass, player.Play(frameCount));
+      if (Interruption::Requested()) throw Interrupted("interrupted during pass " + std::to_string(pass));
+    }
     return 0;
   });
 }

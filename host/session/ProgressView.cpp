@@ -37,6 +37,13 @@ void ProgressView::Finish() {
   mBar.Finish();
 }
 
+void ProgressView::Print(const std::string& text) {
+  std::lock_guard lock(mMutex);
+  mBar.Finish();
+  std::fputs(text.c_str(), stdout);
+  std::fflush(stdout);
+}
+
 size_t ProgressView::ReportsReceived() const {
   std::lock_guard lock(mMutex);
   return mReports;

@@ -32,6 +32,10 @@ class ProgressView {
   // Ends the bar's line, if one was drawn.
   void Finish();
 
+  // Prints `text` to standard output on a line of its own: the bar's line is
+  // ended first, so a report never runs into the bar. Any thread.
+  void Print(const std::string& text);
+
   // The number of the module's reports received so far.
   size_t ReportsReceived() const;
 

@@ -358,4 +358,57 @@ TEST_F(TetherhostTest, FramesOutsideTheClipNameTheValidRange) {
   }
 }
 
+TEST_F(TetherhostTest, ProgressBarLineEndsBeforeTheReportResumes) {
+  // On a terminal (script(1) gives it one), the bar is drawn on standard
+  // error and the report on standard output; each report line starts a line.
+  const fs::path out = mFolder / "tty";
+  const std::string inner = "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
+                            std::string(TETHER_TEST_TETHERHOST) + "' import " + Example("simple.marlp") +
+                            " --frames 0-2 --out '" + out.string() + "'";
+  const fs::path typescript = mFolder / "typescript.txt";
+  const std::string command = "script -qec \"" + inner + "\" /dev/null >'" + typescript.string() + "' 2>&1";
+  ASSERT_EQ(std::system(command.c_str()), 0) << ReadAll(typescript);
+  const std::string shown = ReadAll(typescript);
+  ASSERT_NE(shown.find("% Opening"), std::string::npos) << "no bar was drawn: " << shown;
+  for (const char* line : {"item:", "duration:", "frames:"}) {
+    const size_t at = shown.find(line);
+    ASSERT_NE(at, std::string::npos) << line << " in " << shown;
+    EXPECT_TRUE(at == 0 || shown[at - 1] == '\n') << line << " runs on from: " << shown.substr(0, at);
+  }
+}
+
+TEST_F(TetherhostTest, MissingFontsAreInTheSummary) {
+  const Outcome run = Tetherhost("import " + Example("title.marlgraphic") + " --frames 0 --out '" +
+                                 (mFolder / "title").string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("missing fonts: Veldmoor Sans Bold (VeldmoorSans-Bold.otf)\n"), std::string::npos) << run.out;
+}
+
+TEST_F(TetherhostTest, TetherhostOutIsTheDefaultFolderAndDashIsNoFolder) {
+  const fs::path out = mFolder / "from-environment";
+  const Outcome run = Tetherhost("import " + Example("simple.marlp") + " --frames 0", "TETHERHOST_OUT='" + out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(fs::exists(out / "frame_00000.png"));
+  const Outcome dash = Tetherhost("import " + Example("simple.marlp") + " --frames 0 --out -");
+  EXPECT_EQ(dash.status, 2);
+  EXPECT_NE(dash.err.find("'-' (standard output) is not one"), std::string::npos) << dash.err;
+}
+
+TEST_F(TetherhostTest, CtrlCDuringPlayPrintsTheTotalsAndExits130) {
+  const fs::path out = mFolder / "play.txt";
+  const fs::path err = mFolder / "play-err.txt";
+  const fs::path status = mFolder / "status.txt";
+  // Started in the background, interrupted once it has said it plays; the
+  // wait for that line is bounded so that a broken host can't hang the test.
+  const std::string command =
+      "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" + std::string(TETHER_TEST_TETHERHOST) +
+      "' play " + Example("simple.marlp") + " --seconds 10 >'" + out.string() + "' 2>'" + err.string() +
+      "' </dev/null & pid=$!; for i in $(seq 600); do grep -q '^playing' '" + out.string() +
+      "' && break; sleep 0.05; done; kill -INT $pid; wait $pid; echo $? >'" + status.string() + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(ReadAll(status), "130\n") << ReadAll(err);
+  EXPECT_NE(ReadAll(out).find("pass 1: "), std::string::npos) << ReadAll(out);
+  EXPECT_NE(ReadAll(err).find("tetherhost: interrupted during pass 1"), std::string::npos) << ReadAll(err);
+}
+
 }  // namespace
