@@ -36,7 +36,9 @@ HostLog::HostLog(const LogSettings& settings) {
   if (level) kilncore::debug::SetTraceLevel("*", *level);
   kilncore::logging::SetLogSink([this](const kilncore::logging::LogRecord& record) { Write(record.line); });
   kilncore::debug::SetTraceSink([this](int traceLevel, std::string_view channel, std::string_view text) {
-    Write("[" + std::string(channel) + ":" + std::to_string(traceLevel) + "] " + std::string(text));
+    std::string line;
+    line.append("[").append(channel).append(":").append(std::to_string(traceLevel)).append("] ").append(text);
+    Write(line);
   });
 }
 
