@@ -7,6 +7,7 @@
 #include <host/cli/Suggestion.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <stdexcept>
@@ -127,6 +128,9 @@ int CommandLine::RunCommand(const Command& command, std::FILE* err) const {
     const HostLog routed(log);
     try {
       Interruption::Install();
+      // A reader of standard output that goes away (| head) makes a write
+      // fail with its reason instead of killing the host without a word.
+      std::signal(SIGPIPE, SIG_IGN);
       return command.run();
     } catch (const Interrupted& e) {
       std::fprintf(err, "%s: %s\n", mName.c_str(), e.what());

@@ -9,7 +9,11 @@
 #include <host/cli/ReadableNames.h>
 #include <host/output/ContactSheet.h>
 #include <host/output/PngFile.h>
+#include <host/output/RawFrameWriter.h>
+#include <host/output/StreamTarget.h>
+#include <host/output/StreamedWav.h>
 #include <host/output/WavFile.h>
+#include <host/output/Y4mWriter.h>
 #include <host/session/AudioPuller.h>
 #include <host/session/FramePuller.h>
 #include <host/session/HostSession.h>
@@ -23,6 +27,7 @@
 #include <cstdlib>
 #include <cstdio>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <stdexcept>
 
@@ -88,19 +93,128 @@ std::filesystem::path FrameFile(const std::filesystem::path& folder, int64_t fra
   return folder / name;
 }
 
-// Writes one frame as PNG, 16 bits a channel for float frames so that they
-// keep their precision, and returns its 8-bit picture for the contact sheet.
-RgbaImage WriteFrame(FramePuller& puller, int64_t frame, bool deep, const std::filesystem::path& file,
-                     PixelAspect aspect) {
-  if (!deep) {
-    RgbaImage image = puller.Pull(frame);
-    PngFile::Write(file, image, aspect);
-    return image;
-  }
-  const Rgba16Image image = puller.PullDeep(frame);
-  PngFile::Write(file, image, aspect);
-  return image.Narrowed();
+// The frames' rate as a fraction, as files and streams state it (30000/1001).
+std::pair<int64_t, int64_t> RateFraction(kilnmediatypes::FrameRate rate) {
+  const int64_t ticks = rate.GetTicksPerFrame();
+  const int64_t common = std::gcd(kilnmediatypes::kTicksPerSecond, ticks);
+  return {kilnmediatypes::kTicksPerSecond / common, ticks / common};
 }
+
+// The ffmpeg command that turns the written PNG files into a movie at the
+// clip's rate: a numbered sequence when the frames follow one another, else
+// every file in name order.
+std::string MovieCommand(const FrameRange& frames, const std::filesystem::path& folder,
+                         kilnmediatypes::FrameRate rate) {
+  const auto [numerator, denominator] = RateFraction(rate);
+  bool consecutive = true;
+  for (size_t i = 1; i < frames.frames().size(); ++i) {
+    consecutive = consecutive && frames.frames()[i] == frames.frames()[i - 1] + 1;
+  }
+  const std::string input = consecutive ? "-start_number " + std::to_string(frames.frames().front()) + " -i '" +
+                                              (folder / "frame_%05d.png").string() + "'"
+                                        : "-pattern_type glob -i '" + (folder / "frame_*.png").string() + "'";
+  return "ffmpeg -framerate " + std::to_string(numerator) + "/" + std::to_string(denominator) + " " + input +
+         " -pix_fmt yuv420p movie.mp4";
+}
+
+// Where the frames go: PNG files and a contact sheet, or (--y4m, --raw) one
+// stream each, to a file or standard output.
+class FrameOutputs {
+ public:
+  FrameOutputs(const ImportOptions& options, const ClipDescription& description, bool deep)
+      : mOptions(options), mDescription(description), mDeep(deep), mSheet(4, 480) {
+    if (!options.y4m.empty()) mY4mTarget.emplace(options.y4m);
+    if (!options.raw.empty()) {
+      mRawTarget.emplace(options.raw);
+      mRaw.emplace(mRawTarget->file());
+    }
+    if (ToFiles()) std::filesystem::create_directories(options.out);
+  }
+
+  bool ToFiles() const { return mOptions.y4m.empty() && mOptions.raw.empty(); }
+
+  void Write(FramePuller& puller, int64_t frame) {
+    Rgba16Image deepImage;
+    RgbaImage image;
+    if (mDeep) {
+      deepImage = puller.PullDeep(frame);
+      image = deepImage.Narrowed();
+    } else {
+      image = puller.Pull(frame);
+    }
+    if (ToFiles()) {
+      const PixelAspect aspect{mDescription.pixelAspectNumerator, mDescription.pixelAspectDenominator};
+      if (mDeep) {
+        PngFile::Write(FrameFile(mOptions.out, frame), deepImage, aspect);
+      } else {
+        PngFile::Write(FrameFile(mOptions.out, frame), image, aspect);
+      }
+      mSheet.Add(image);
+    }
+    if (mY4mTarget) WriteY4m(image);
+    if (mRaw) {
+      if (mDeep) {
+        mRaw->Write(deepImage);
+      } else {
+        mRaw->Write(image);
+      }
+      mRawSize = {image.width(), image.height()};
+    }
+  }
+
+  // Ends every output and says what was written where.
+  std::string Finish(const FrameRange& frames, size_t done) {
+    std::string report;
+    const auto [numerator, denominator] = RateFraction(mDescription.frameRate);
+    if (ToFiles()) {
+      if (done > 0) PngFile::Write(mOptions.out / "contact-sheet.png", mSheet.Compose());
+      report += Formatted("frames:        %zu PNG files (%s) and contact-sheet.png in %s\n", done,
+                          mDeep ? "16 bits a channel" : "8 bits a channel", mOptions.out.string().c_str());
+      if (done > 0) report += "as a movie:    " + MovieCommand(frames, mOptions.out, mDescription.frameRate) + "\n";
+    }
+    if (mY4mTarget) {
+      mY4mTarget->Finish();
+      report += Formatted("y4m:           %zu frames at %lld/%lld fps to %s\n", done, static_cast<long long>(numerator),
+                          static_cast<long long>(denominator), Name(mOptions.y4m).c_str());
+    }
+    if (mRawTarget) {
+      mRawTarget->Finish();
+      report += Formatted("raw:           %zu frames to %s; read with: ffmpeg -f rawvideo -pixel_format %s -video_size %dx%d "
+                          "-framerate %lld/%lld -i %s\n",
+                          done, Name(mOptions.raw).c_str(), RawFrameWriter::PixelFormatName(mDeep).c_str(),
+                          mRawSize.first, mRawSize.second, static_cast<long long>(numerator),
+                          static_cast<long long>(denominator),
+                          StreamTarget::IsStandardOutput(mOptions.raw) ? "-" : ("'" + mOptions.raw.string() + "'").c_str());
+    }
+    return report;
+  }
+
+ private:
+  static std::string Name(const std::filesystem::path& where) {
+    return StreamTarget::IsStandardOutput(where) ? "standard output" : where.string();
+  }
+
+  void WriteY4m(const RgbaImage& image) {
+    if (!mY4m) {
+      // The stream's size is the frames': the header waits for the first.
+      const auto [numerator, denominator] = RateFraction(mDescription.frameRate);
+      mY4m.emplace(mY4mTarget->file(),
+                   Y4mFormat{image.width(), image.height(), numerator, denominator, mDescription.pixelAspectNumerator,
+                             mDescription.pixelAspectDenominator, mDescription.fieldType});
+    }
+    mY4m->Write(image);
+  }
+
+  const ImportOptions& mOptions;
+  const ClipDescription& mDescription;
+  const bool mDeep;
+  ContactSheet mSheet;
+  std::optional<StreamTarget> mY4mTarget;
+  std::optional<Y4mWriter> mY4m;
+  std::optional<StreamTarget> mRawTarget;
+  std::optional<RawFrameWriter> mRaw;
+  std::pair<int32_t, int32_t> mRawSize{0, 0};
+};
 
 void WriteFrames(const LinkedClip& clip, const ClipDescription& description, const ImportOptions& options,
                  ProgressView& progress) {
@@ -109,21 +223,16 @@ void WriteFrames(const LinkedClip& clip, const ClipDescription& description, con
   auto [width, height] = options.size.empty() ? std::pair<int32_t, int32_t>(0, 0) : ParseFrameSize(options.size);
   const auto video = clip.VideoStream();
   const kilnmediatypes::PixelFormat format = ParsePixelFormat(options.format);
-  const bool deep = format == kilnmediatypes::kPixelFormat_RGBA_4444_32f;
-  const PixelAspect aspect{description.pixelAspectNumerator, description.pixelAspectDenominator};
   FramePuller puller(*video, clip.Prefs(), description.frameRate, format, width, height);
-  ContactSheet sheet(4, 480);
-  std::filesystem::create_directories(options.out);
+  FrameOutputs outputs(options, description, format == kilnmediatypes::kPixelFormat_RGBA_4444_32f);
   size_t done = 0;
   for (const int64_t frame : frames.frames()) {
     if (Interruption::Requested()) break;
     progress.Report(static_cast<double>(done) / frames.frames().size(), "Rendering frame " + std::to_string(frame));
-    sheet.Add(WriteFrame(puller, frame, deep, FrameFile(options.out, frame), aspect));
+    outputs.Write(puller, frame);
     ++done;
   }
-  if (done > 0) PngFile::Write(options.out / "contact-sheet.png", sheet.Compose());
-  progress.Print(Formatted("frames:        %zu PNG files (%s) and contact-sheet.png in %s\n", done,
-                           deep ? "16 bits a channel" : "8 bits a channel", options.out.string().c_str()));
+  progress.Print(outputs.Finish(frames, done));
   if (Interruption::Requested()) throw Interrupted("interrupted after " + std::to_string(done) + " frames");
 }
 
@@ -156,19 +265,31 @@ void WriteAudio(const LinkedClip& clip, const ImportOptions& options, const Audi
                 ProgressView& progress) {
   const auto audio = clip.AudioStream();
   AudioPuller puller(*audio, kAudioBlockFrames);
-  if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
-  WavFile wav(options.audio, puller.sampleRate(), static_cast<int32_t>(puller.channels()), puller.Labels());
+  const auto channels = static_cast<int32_t>(puller.channels());
+  // A file is written whole and moved into place; standard output gets a WAV
+  // whose header, written first, already holds the sizes.
+  std::optional<WavFile> file;
+  std::optional<StreamedWav> stream;
+  if (StreamTarget::IsStandardOutput(options.audio)) {
+    stream.emplace(stdout, puller.sampleRate(), channels, plan.frames, puller.Labels());
+  } else {
+    if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
+    file.emplace(options.audio, puller.sampleRate(), channels, puller.Labels());
+  }
   for (int64_t frame = 0; frame < plan.frames; frame += kAudioBlockFrames) {
     if (Interruption::Requested()) throw Interrupted("interrupted while writing the audio; no file was left");
     progress.Report(static_cast<double>(frame) / plan.frames, "Reading audio");
     const kilnaudiotoolkit::AudioBuffer& block = puller.Read(frame);
-    std::vector<const float*> channels(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
-    wav.Append(channels, std::min<int64_t>(kAudioBlockFrames, plan.frames - frame));
+    const std::vector<const float*> samples(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
+    const int64_t count = std::min<int64_t>(kAudioBlockFrames, plan.frames - frame);
+    if (file) file->Append(samples, count);
+    if (stream) stream->Append(samples, count);
   }
-  wav.Close();
-  progress.Print(Formatted("audio:         %lld samples at %d Hz, %u channels (%s) in %s\n",
+  if (file) file->Close();
+  progress.Print(Formatted("audio:         %lld samples at %d Hz, %u channels (%s) to %s\n",
                            static_cast<long long>(plan.frames), puller.sampleRate(), puller.channels(),
-                           ByteSizeText(plan.bytes).c_str(), options.audio.string().c_str()));
+                           ByteSizeText(plan.bytes).c_str(),
+                           stream ? "standard output" : options.audio.string().c_str()));
 }
 
 }  // namespace
@@ -179,8 +300,15 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   if (!options.size.empty()) ParseFrameSize(options.size);
   if (!options.frames.empty()) FrameRange::Parse(options.frames);
   if (options.out == "-") {
-    throw std::invalid_argument("--out is a folder for PNG files; '-' (standard output) is not one");
+    throw std::invalid_argument("--out is a folder for PNG files; '-' (standard output) is not one: use --y4m - or --raw -");
   }
+  int toStandardOutput = 0;
+  for (const auto* target : {&options.y4m, &options.raw, &options.audio}) {
+    toStandardOutput += StreamTarget::IsStandardOutput(*target) ? 1 : 0;
+  }
+  if (toStandardOutput > 1) throw std::invalid_argument("only one of --y4m, --raw and --audio can be '-'");
+  // Standard output carries data: the report goes to standard error.
+  if (toStandardOutput > 0) session.Progress().SetReportStream(stderr);
   return session.RunWithUserInterface([&] {
     LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
     if (guides) {
@@ -221,7 +349,12 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--guides", options->guides, "draw guide layers: on or off (default: as the clip has it)");
   import->add_option("--out", options->out, "folder for the frames and the contact sheet (also TETHERHOST_OUT)")
       ->capture_default_str();
-  import->add_option("--audio", options->audio, "write the clip's audio to this WAV file");
+  import->add_option("--audio", options->audio, "write the clip's audio to this WAV file, or to standard output for '-'");
+  import->add_option("--y4m", options->y4m,
+                     "write the frames as one YUV4MPEG2 stream to this file, or to standard output for '-', "
+                     "instead of PNG files");
+  import->add_option("--raw", options->raw,
+                     "write the frames as raw RGBA (8 or 16 bits) to this file, or '-', instead of PNG files");
   import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
 }
 

@@ -25,6 +25,10 @@ struct ImportOptions {
   std::filesystem::path out = "tetherhost-out";
   // Empty: no audio is written.
   std::filesystem::path audio;
+  // A YUV4MPEG2 stream and a raw stream of the frames, each to a file or to
+  // standard output ("-"); either replaces the PNG files.
+  std::filesystem::path y4m;
+  std::filesystem::path raw;
   // Audio that would take more than 8 GiB is written only when this is set.
   bool largeAudio = false;
 };

@@ -1,5 +1,7 @@
 #include "host/output/WavFile.h"
 
+#include "host/output/Interleave.h"
+
 #include <sndfile.h>
 
 #include <stdexcept>
@@ -79,12 +81,7 @@ void WavFile::Append(const std::vector<const float*>& channels, int64_t frames) 
   }
   // libsndfile writes interleaved frames; the buffer is kept between blocks so
   // steady writing allocates nothing.
-  mInterleaved.resize(static_cast<size_t>(frames) * static_cast<size_t>(mChannels));
-  for (int64_t frame = 0; frame < frames; ++frame) {
-    for (int32_t c = 0; c < mChannels; ++c) {
-      mInterleaved[static_cast<size_t>(frame * mChannels + c)] = channels[static_cast<size_t>(c)][frame];
-    }
-  }
+  Interleave(channels, frames, mInterleaved);
   if (sf_writef_float(mFile, mInterleaved.data(), frames) != frames) {
     throw std::runtime_error(std::string("WavFile: write failed: ") + sf_strerror(mFile));
   }

@@ -411,4 +411,60 @@ TEST_F(TetherhostTest, CtrlCDuringPlayPrintsTheTotalsAndExits130) {
   EXPECT_NE(ReadAll(err).find("tetherhost: interrupted during pass 1"), std::string::npos) << ReadAll(err);
 }
 
+// `tetherhost import ... | ffprobe -i -`, as a user pipes into ffmpeg.
+std::string Piped(const std::string& tetherhost, const std::string& reader, const fs::path& folder) {
+  const fs::path out = folder / "piped.txt";
+  const fs::path err = folder / "piped-err.txt";
+  const std::string command = "set -o pipefail; TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
+                              std::string(TETHER_TEST_TETHERHOST) + "' " + tetherhost + " 2>'" + err.string() +
+                              "' </dev/null | " + reader + " >'" + out.string() + "' 2>&1";
+  const int status = std::system(("bash -c \"" + command + "\"").c_str());
+  EXPECT_EQ(status, 0) << command << "\n" << ReadAll(err) << ReadAll(out);
+  return ReadAll(out) + ReadAll(err);
+}
+
+TEST_F(TetherhostTest, Y4mToStandardOutputStreamsEveryFrameAtTheClipsRate) {
+  const std::string seen = Piped("import " + Example("simple.marlp") + " --frames 0-49 --y4m -",
+                                 "ffprobe -v error -count_frames -show_entries stream=width,height,r_frame_rate,nb_read_frames "
+                                 "-of default=noprint_wrappers=1 -i -",
+                                 mFolder);
+  EXPECT_NE(seen.find("width=1920\nheight=1080\n"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("r_frame_rate=25/1"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("nb_read_frames=50"), std::string::npos) << seen;
+  // The report went to standard error, out of the stream's way.
+  EXPECT_NE(seen.find("y4m:           50 frames at 25/1 fps to standard output"), std::string::npos) << seen;
+}
+
+TEST_F(TetherhostTest, RawToStandardOutputSaysHowToReadIt) {
+  const std::string seen = Piped("import " + Example("simple.marlp") + " --frames 0-9 --size 320x180 --raw -",
+                                 "ffprobe -v error -f rawvideo -pixel_format rgba -video_size 320x180 -framerate 25 "
+                                 "-count_frames -show_entries stream=nb_read_frames -of default=noprint_wrappers=1 -i -",
+                                 mFolder);
+  EXPECT_NE(seen.find("nb_read_frames=10"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("-f rawvideo -pixel_format rgba -video_size 320x180 -framerate 25/1 -i -"), std::string::npos)
+      << seen;
+}
+
+TEST_F(TetherhostTest, AudioToStandardOutputIsAStreamedWav) {
+  // Kept as it came through the pipe, then read whole: every sample is there.
+  Piped("import " + Example("nested.marlp") + " --item 'Main 1080p29.97 DF' --frames 0 --out '" +
+            (mFolder / "main").string() + "' --audio -",
+        "cat", mFolder);
+  const fs::path wav = mFolder / "piped.txt";
+  const std::string seen = Probe("-show_entries stream=sample_rate,channels,channel_layout,duration_ts '" + wav.string() + "'");
+  EXPECT_NE(seen.find("sample_rate=48000\nchannels=6\nchannel_layout=5.1"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("duration_ts=1441440"), std::string::npos) << seen;
+}
+
+TEST_F(TetherhostTest, PngFramesComeWithTheFfmpegCommandThatMakesAMovie) {
+  const fs::path out = mFolder / "seq";
+  const Outcome run = Tetherhost("import " + Example("nested.marlp") +
+                                 " --item 'SD 720x480 29.97 lower field' --frames 5-7 --out '" + out.string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("as a movie:    ffmpeg -framerate 30000/1001 -start_number 5 -i '" +
+                         (out / "frame_%05d.png").string() + "'"),
+            std::string::npos)
+      << run.out;
+}
+
 }  // namespace
