@@ -8,6 +8,7 @@
 #include <host/cli/CommandLine.h>
 #include <host/commands/DemoCommand.h>
 #include <host/commands/ImportCommand.h>
+#include <host/commands/InfoCommand.h>
 #include <host/commands/ListCommand.h>
 #include <host/commands/PlayCommand.h>
 
@@ -18,5 +19,6 @@ int main(int argc, char** argv) {
   tetherhost::AddListCommand(commandLine);
   tetherhost::AddImportCommand(commandLine);
   tetherhost::AddPlayCommand(commandLine);
+  tetherhost::AddInfoCommand(commandLine);
   return commandLine.Execute(argc, argv);
 }

@@ -1,5 +1,7 @@
 #include <host/commands/ImportCommand.h>
 
+#include <host/commands/ClipReport.h>
+
 #include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
 #include <host/cli/Formatted.h>
@@ -27,7 +29,6 @@
 #include <cstdlib>
 #include <cstdio>
 #include <memory>
-#include <numeric>
 #include <optional>
 #include <stdexcept>
 
@@ -39,36 +40,6 @@ constexpr uint32_t kAudioBlockFrames = 4096;
 // Audio larger than this is written only when asked (--large-audio): a clip
 // that lasts years would otherwise fill the disk before anyone noticed.
 constexpr uint64_t kLargestAudioUnasked = uint64_t{8} << 30;
-
-void PrintDescription(const ClipDescription& clip, ProgressView& progress) {
-  std::string text =
-      Formatted("item:          %s (%s)\n", clip.displayName.c_str(), clip.sourceID.AsUTF8String().c_str());
-  text += Formatted("duration:      %.3f s, %lld frames\n", clip.duration.ToSeconds(),
-                    static_cast<long long>(clip.frameCount));
-  text += Formatted("frame rate:    %.3f fps\n", clip.frameRate.ToFramesPerSecond());
-  text += Formatted("size:          %d x %d, pixel aspect %d:%d, %s\n", clip.width, clip.height,
-                    clip.pixelAspectNumerator, clip.pixelAspectDenominator, FieldTypeName(clip.fieldType).c_str());
-  text += Formatted("time display:  %s\n", TimeDisplayName(clip.timeDisplay).c_str());
-  text += Formatted("streams:       %zu video, %zu audio", clip.videoStreams, clip.audioStreams);
-  if (clip.audioStreams > 0) text += Formatted(" (%d Hz, %u channels)", clip.sampleRate, clip.audioChannels);
-  text += Formatted("\ncontent state: %s\n", clip.contentState.AsUTF8String().c_str());
-  progress.Print(text);
-}
-
-// The fonts the owner reported missing for what was imported, in the summary
-// where a user reads them after the run, not only in a passing caption.
-void PrintMissingFonts(ProgressView& progress) {
-  const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
-  if (fonts.empty()) return;
-  std::string names;
-  for (const tether::MissingFont& font : fonts) {
-    if (!names.empty()) names += ", ";
-    names += font.identityA;
-    if (!font.identityB.empty()) names += " " + font.identityB;
-    if (!font.detailB.empty()) names += " (" + font.detailB + ")";
-  }
-  progress.Print(Formatted("missing fonts: %s\n", names.c_str()));
-}
 
 // The frames to write: those asked for, every one of which must be in the
 // clip, or twelve spread over it.
@@ -91,13 +62,6 @@ std::filesystem::path FrameFile(const std::filesystem::path& folder, int64_t fra
   char name[32];
   std::snprintf(name, sizeof(name), "frame_%05lld.png", static_cast<long long>(frame));
   return folder / name;
-}
-
-// The frames' rate as a fraction, as files and streams state it (30000/1001).
-std::pair<int64_t, int64_t> RateFraction(kilnmediatypes::FrameRate rate) {
-  const int64_t ticks = rate.GetTicksPerFrame();
-  const int64_t common = std::gcd(kilnmediatypes::kTicksPerSecond, ticks);
-  return {kilnmediatypes::kTicksPerSecond / common, ticks / common};
 }
 
 // The ffmpeg command that turns the written PNG files into a movie at the
@@ -320,8 +284,7 @@ int RunImport(HostSession& session, const ImportOptions& options) {
       clip.SetRenderOptions(renderOptions);
     }
     const ClipDescription description = clip.Describe();
-    PrintDescription(description, session.Progress());
-    PrintMissingFonts(session.Progress());
+    session.Progress().Print(DescriptionText(description) + MissingFontsText(TetherMedia::GetMissingFonts()));
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
     WriteFrames(clip, description, options, session.Progress());

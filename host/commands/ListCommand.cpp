@@ -8,12 +8,39 @@
 #include <TetherMedia/ProjectEnumeration.h>
 #include <kilncore/string/UTFConversion.h>
 
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
 #include <cstdio>
 #include <memory>
 
 namespace tetherhost {
 
-int RunList(HostSession& session, const std::filesystem::path& project) {
+namespace {
+
+// The listing as JSON: an array of {"id", "name", "type"}, where the type is
+// "composition" or "folder".
+std::string ListJson(const std::vector<tether::ItemInfo>& items) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::PrettyWriter<rapidjson::StringBuffer> json(buffer);
+  json.StartArray();
+  for (const tether::ItemInfo& item : items) {
+    json.StartObject();
+    json.Key("id");
+    json.String(item.id.AsUTF8String());
+    json.Key("name");
+    json.String(kilncore::string::UTF16to8(item.name));
+    json.Key("type");
+    json.String(item.type == tether::ItemInfo::kTypeContainer ? "folder" : "composition");
+    json.EndObject();
+  }
+  json.EndArray();
+  return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+}
+
+}  // namespace
+
+int RunList(HostSession& session, const std::filesystem::path& project, bool json) {
   if (!std::filesystem::exists(project)) {
     throw HostError("no such file: " + project.string(), static_cast<int32_t>(0xA00F0003u));
   }
@@ -27,18 +54,20 @@ int RunList(HostSession& session, const std::filesystem::path& project) {
     for (const tether::ItemInfo& item : items) {
       lines += item.id.AsUTF8String() + "  " + kilncore::string::UTF16to8(item.name) + "\n";
     }
-    session.Progress().Print(lines);
+    session.Progress().Print(json ? ListJson(items) : lines);
     return 0;
   });
 }
 
 void AddListCommand(CommandLine& commandLine) {
   auto project = std::make_shared<std::filesystem::path>();
-  CLI::App* list = commandLine.AddCommand("list", "list the compositions of a Marl project", [project] {
+  auto json = std::make_shared<bool>(false);
+  CLI::App* list = commandLine.AddCommand("list", "list the compositions of a Marl project", [project, json] {
     HostSession session;
-    return RunList(session, *project);
+    return RunList(session, *project, *json);
   });
   list->add_option("PROJECT", *project, "the project file")->required();
+  list->add_flag("--json", *json, "print a JSON array instead of lines for people");
 }
 
 }  // namespace tetherhost

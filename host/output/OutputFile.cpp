@@ -11,7 +11,9 @@
 namespace tetherhost {
 
 OutputFile::OutputFile(std::filesystem::path path) : mPath(std::move(path)) {
-  mTemporary = mPath.parent_path() / ("." + mPath.filename().string() + ".part-" + std::to_string(::getpid()));
+  std::string name = ".";
+  name.append(mPath.filename().string()).append(".part-").append(std::to_string(::getpid()));
+  mTemporary = mPath.parent_path() / name;
 }
 
 OutputFile::~OutputFile() {

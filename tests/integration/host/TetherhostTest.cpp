@@ -10,6 +10,7 @@
 #include <kilncore/utility/Guid.h>
 
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 
 #include <sys/wait.h>
 
@@ -465,6 +466,38 @@ TEST_F(TetherhostTest, PngFramesComeWithTheFfmpegCommandThatMakesAMovie) {
                          (out / "frame_%05d.png").string() + "'"),
             std::string::npos)
       << run.out;
+}
+
+TEST_F(TetherhostTest, InfoAsJsonDescribesTheStreamsRateAndMissingFonts) {
+  const Outcome run = Tetherhost("info " + Example("title.marlgraphic") + " --json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  rapidjson::Document json;
+  ASSERT_FALSE(json.Parse(run.out.c_str()).HasParseError()) << run.out;
+  EXPECT_STREQ(json["id"].GetString(), "7D3F0B2A-1C4E-4F6A-8B9C-0D1E2F3A4B5C");
+  EXPECT_EQ(json["frames"].GetInt64(), 150);
+  EXPECT_DOUBLE_EQ(json["duration"].GetDouble(), 5.0);
+  ASSERT_EQ(json["streams"].Size(), 2u);
+  EXPECT_STREQ(json["streams"][0]["frame_rate"].GetString(), "30/1");
+  EXPECT_STREQ(json["streams"][0]["field_order"].GetString(), "progressive");
+  EXPECT_EQ(json["streams"][1]["channels"].GetInt(), 2);
+  ASSERT_EQ(json["missing_fonts"].Size(), 1u);
+  EXPECT_STREQ(json["missing_fonts"][0]["family"].GetString(), "Veldmoor Sans");
+}
+
+TEST_F(TetherhostTest, ListAsJsonHoldsEveryCompositionWithItsIdentifier) {
+  const Outcome run = Tetherhost("list " + Example("nested.marlp") + " --json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  rapidjson::Document json;
+  ASSERT_FALSE(json.Parse(run.out.c_str()).HasParseError()) << run.out;
+  auto project = tetherserver::Project::Open(kExamples / "nested.marlp");
+  ASSERT_TRUE(project);
+  const auto compositions = (*project)->ListCompositions();
+  ASSERT_EQ(json.Size(), compositions.size());
+  for (rapidjson::SizeType i = 0; i < json.Size(); ++i) {
+    EXPECT_EQ(json[i]["id"].GetString(), compositions[i].id.AsUTF8String());
+    EXPECT_EQ(json[i]["name"].GetString(), kilncore::string::UTF16to8(compositions[i].name));
+    EXPECT_STREQ(json[i]["type"].GetString(), "composition");
+  }
 }
 
 }  // namespace
