@@ -5,6 +5,7 @@
 #include <host/cli/HostError.h>
 #include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
+#include <host/session/AudioFeeder.h>
 #include <host/session/AudioPuller.h>
 #include <host/session/HostSession.h>
 #include <host/session/LinkedClip.h>
@@ -29,6 +30,8 @@ using Clock = std::chrono::steady_clock;
 using kilncore::classref::InterfaceRef;
 
 constexpr uint32_t kAudioBlockFrames = 1024;
+// Sound read ahead of the play clock, as a device's buffer.
+constexpr auto kAudioLead = std::chrono::milliseconds(500);
 // What a player is asked for: a day of play at most, a window of frames a
 // renderer pool can hold, and a pass count that ends.
 constexpr double kShortestPlay = 0.001;
@@ -60,23 +63,41 @@ class Player {
   PlayStatistics Play(int64_t frameCount) {
     PlayStatistics stats;
     const auto before = Pane::SharedPaneCache::Instance().GetStatistics();
-    mStart = Clock::now();
     mNextAudioFrame = 0;
-    for (int64_t ahead = 0; ahead < std::min<int64_t>(mOptions.prefetch, frameCount); ++ahead) Prefetch(ahead);
+    const int64_t window = std::min<int64_t>(mOptions.prefetch, frameCount);
+    for (int64_t ahead = 0; ahead < window; ++ahead) Prefetch(ahead);
+    // Paced, audio has its own thread, and the clock starts only once the
+    // first frames and the audio buffer are in (preroll), as a player does.
+    std::optional<AudioFeeder> feeder;
+    if (mOptions.paced && mAudio) {
+      feeder.emplace(*mAudioSource, kAudioBlockFrames, mAudio->FrameAt(TimeOf(frameCount)), kAudioLead);
+    }
+    if (mOptions.paced) {
+      for (int64_t frame = 0; frame < window; ++frame) WhilePending(frame);
+      if (feeder) feeder->WaitForPreroll();
+    }
+    mStart = Clock::now();
+    if (feeder) feeder->StartClock(mStart);
     for (int64_t frame = 0; frame < frameCount && !Interruption::Requested(); ++frame) {
       if (frame + mOptions.prefetch < frameCount) Prefetch(frame + mOptions.prefetch);
       const Clock::time_point due = mStart + frame * mFrameLength;
       if (mOptions.paced) std::this_thread::sleep_until(due);
       Show(frame, stats);
       if (mOptions.paced && Clock::now() > due + mFrameLength) ++stats.lateFrames;
-      if (mAudio) Hear(frame + 1, stats);
+      if (mAudio && !feeder) Hear(frame + 1, stats);
       ++stats.frames;
       mProgress.Report(static_cast<double>(stats.frames) / frameCount,
                        Formatted("frame %lld of %lld, %lld late, %lld underruns", static_cast<long long>(stats.frames),
                                  static_cast<long long>(frameCount), static_cast<long long>(stats.lateFrames),
                                  static_cast<long long>(stats.audioUnderruns)));
     }
-    stats.seconds = std::chrono::duration<double>(Clock::now() - mStart).count();
+    const Clock::time_point end = Clock::now();
+    stats.seconds = std::chrono::duration<double>(end - mStart).count();
+    if (feeder) {
+      const AudioFeeder::Counts counts = feeder->Finish(end);
+      stats.audioBlocks = counts.blocks;
+      stats.audioUnderruns = counts.underruns;
+    }
     const auto after = Pane::SharedPaneCache::Instance().GetStatistics();
     stats.serverRenders = static_cast<int64_t>((after.insertions - before.insertions) +
                                                (after.replacements - before.replacements));
@@ -95,18 +116,22 @@ class Player {
       return;
     }
     ++stats.cacheMisses;
-    // A blocking request that meets the frame's background render is turned
-    // away at once, so a player waits for that render to land in the cache,
-    // as it waits for its next display tick.
-    while (mAsync->IsFramePending(TimeOf(frame), mFormat, 0, mPrefs)) {
-      std::this_thread::sleep_for(std::chrono::microseconds(500));
-    }
+    WhilePending(frame);
     if (mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, true, pane) >= 0 && pane) return;
     HostError::ThrowIfFailed(mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, false, pane),
                              "frame " + std::to_string(frame));
   }
 
-  // Reads the audio up to the end of frame `untilFrame`, block by block; a
+  // A blocking request that meets the frame's background render is turned
+  // away at once, so a player waits for that render to land in the cache,
+  // as it waits for its next display tick.
+  void WhilePending(int64_t frame) {
+    while (mAsync->IsFramePending(TimeOf(frame), mFormat, 0, mPrefs)) {
+      std::this_thread::sleep_for(std::chrono::microseconds(500));
+    }
+  }
+
+  // Unpaced, reads the audio up to the end of frame `untilFrame`, block by block; a
   // block that comes after the time its first sample plays is an underrun.
   void Hear(int64_t untilFrame, PlayStatistics& stats) {
     const int64_t end = mAudio->FrameAt(TimeOf(untilFrame));

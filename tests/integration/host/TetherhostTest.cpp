@@ -500,4 +500,29 @@ TEST_F(TetherhostTest, ListAsJsonHoldsEveryCompositionWithItsIdentifier) {
   }
 }
 
+// A paced pass as a person watches it: preroll, audio on its own thread. How
+// many frames were late and how many audio blocks underran depends on the
+// machine, so the counts are recorded (in the test's XML report), not
+// asserted; what is asserted is that a whole pass was played and counted.
+TEST_F(TetherhostTest, PacedPlayCountsLateFramesAndUnderrunsOfAWholePass) {
+  const Outcome run = Tetherhost("play " + Example("simple.marlp") + " --seconds 2");
+  ASSERT_EQ(run.status, 0) << run.err;
+  long long frames = -1, late = -1, blocks = -1, underruns = -1;
+  const size_t at = run.out.find("pass 1: ");
+  ASSERT_NE(at, std::string::npos) << run.out;
+  ASSERT_EQ(std::sscanf(run.out.c_str() + at, "pass 1: %lld frames in %*f s, %*f fps delivered; cache %*d hits, "
+                        "%*d misses; %*d server renders; %lld late frames; %lld audio blocks, %lld underruns",
+                        &frames, &late, &blocks, &underruns),
+            4)
+      << run.out;
+  EXPECT_EQ(frames, 50);
+  // 2 s of 1024-sample blocks at 48 kHz, less the last frame's length.
+  EXPECT_GE(blocks, 90);
+  EXPECT_LE(blocks, 94);
+  EXPECT_LE(late, frames);
+  EXPECT_LE(underruns, blocks);
+  RecordProperty("late_frames", static_cast<int>(late));
+  RecordProperty("audio_underruns", static_cast<int>(underruns));
+}
+
 }  // namespace
