@@ -8,11 +8,16 @@
 namespace tetherhost {
 namespace {
 
+// The widest or tallest frame a host asks for: 16K.
+constexpr int32_t kLargestFrameSide = 16384;
+
 int32_t ParseDimension(std::string_view text, const std::string& whole) {
   int32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size() || value <= 0) {
-    throw std::invalid_argument("bad frame size '" + whole + "': expected WIDTHxHEIGHT, such as 1920x1080");
+  if (text.empty() || error != std::errc() || end != text.data() + text.size() || value <= 0 ||
+      value > kLargestFrameSide) {
+    throw std::invalid_argument("bad frame size '" + whole + "': expected WIDTHxHEIGHT, each from 1 to " +
+                                std::to_string(kLargestFrameSide) + ", such as 1920x1080");
   }
   return value;
 }

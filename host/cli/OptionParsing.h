@@ -13,7 +13,7 @@ namespace tetherhost {
 // throws std::invalid_argument with a readable message for text it doesn't
 // take.
 
-// "1920x1080" as (1920, 1080); both must be positive.
+// "1920x1080" as (1920, 1080); each from 1 to 16384.
 std::pair<int32_t, int32_t> ParseFrameSize(const std::string& text);
 
 // "bgra8" or "rgba32f": the pixel format the host asks the module for.

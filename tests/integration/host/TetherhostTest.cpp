@@ -525,4 +525,27 @@ TEST_F(TetherhostTest, PacedPlayCountsLateFramesAndUnderrunsOfAWholePass) {
   RecordProperty("audio_underruns", static_cast<int>(underruns));
 }
 
+// A host killed while writing leaves no short file under a frame's name: each
+// is written under a hidden name and renamed when complete.
+TEST_F(TetherhostTest, KilledImportLeavesOnlyWholeFrames) {
+  const fs::path out = mFolder / "killed";
+  const fs::path status = mFolder / "status.txt";
+  const std::string command =
+      "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" + std::string(TETHER_TEST_TETHERHOST) +
+      "' import " + Example("simple.marlp") + " --frames 0-249 --out '" + out.string() +
+      "' >/dev/null 2>&1 </dev/null & pid=$!; for i in $(seq 600); do [ -e '" + (out / "frame_00003.png").string() +
+      "' ] && break; sleep 0.05; done; kill -KILL $pid; wait $pid; echo $? >'" + status.string() + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(ReadAll(status), "137\n");
+  size_t frames = 0;
+  for (const auto& entry : fs::directory_iterator(out)) {
+    const std::string name = entry.path().filename();
+    if (name.rfind("frame_", 0) != 0) continue;
+    ++frames;
+    EXPECT_NO_THROW(tetherhost::PngFile::Read(entry.path())) << name;
+  }
+  EXPECT_GE(frames, 4u);
+  EXPECT_FALSE(fs::exists(out / "frame_00249.png"));
+}
+
 }  // namespace

@@ -14,7 +14,9 @@ namespace {
 
 TEST(CommandLineValuesTest, FrameSizeIsWidthByHeight) {
   EXPECT_EQ(ParseFrameSize("1920x1080"), std::make_pair(1920, 1080));
-  for (const char* bad : {"1920", "x1080", "1920x", "0x10", "-5x10", "10x10x10", "axb"}) {
+  EXPECT_EQ(ParseFrameSize("16384x16384"), std::make_pair(16384, 16384));
+  for (const char* bad : {"1920", "x1080", "1920x", "0x10", "-5x10", "10x10x10", "axb", "16385x10", "1e19x10",
+                          "99999999999x10"}) {
     EXPECT_THROW(ParseFrameSize(bad), std::invalid_argument) << bad;
   }
 }
