@@ -91,10 +91,14 @@ class Player {
                                  static_cast<long long>(frameCount), static_cast<long long>(stats.lateFrames),
                                  static_cast<long long>(stats.audioUnderruns)));
     }
-    const Clock::time_point end = Clock::now();
+    // Paced, the last frame stays up for its length, so a whole pass lasts
+    // its frames' time and its audio is every block due in that time.
+    const Clock::time_point passEnd = mStart + frameCount * mFrameLength;
+    if (mOptions.paced && !Interruption::Requested()) std::this_thread::sleep_until(passEnd);
+    const Clock::time_point end = Interruption::Requested() ? Clock::now() : std::max(Clock::now(), passEnd);
     stats.seconds = std::chrono::duration<double>(end - mStart).count();
     if (feeder) {
-      const AudioFeeder::Counts counts = feeder->Finish(end);
+      const AudioFeeder::Counts counts = feeder->Finish(Interruption::Requested() ? end : passEnd);
       stats.audioBlocks = counts.blocks;
       stats.audioUnderruns = counts.underruns;
     }
