@@ -42,10 +42,7 @@ Rgba16Image Rgba16Image::FromFrame(const FrameView& frame) {
   }
   Rgba16Image image(frame.width, frame.height);
   if (image.empty()) return image;
-  const size_t rowNeeded = static_cast<size_t>(frame.width) * BytesPerPixel(frame.layout);
-  if (frame.data == nullptr || frame.rowBytes < 0 || static_cast<size_t>(frame.rowBytes) < rowNeeded) {
-    throw std::invalid_argument("Rgba16Image: frame rows are shorter than its width");
-  }
+  CheckRowsCoverWidth(frame, "Rgba16Image");
   for (int32_t y = 0; y < frame.height; ++y) {
     const uint8_t* row = frame.data + static_cast<size_t>(y) * static_cast<size_t>(frame.rowBytes);
     for (int32_t x = 0; x < frame.width; ++x) {

@@ -59,11 +59,7 @@ RgbaImage RgbaImage::FromFrame(const FrameView& frame) {
   if (image.empty()) {
     return image;
   }
-  const size_t rowNeeded = static_cast<size_t>(frame.width) * BytesPerPixel(frame.layout);
-  if (frame.data == nullptr || frame.rowBytes < 0 ||
-      static_cast<size_t>(frame.rowBytes) < rowNeeded) {
-    throw std::invalid_argument("RgbaImage: frame rows are shorter than its width");
-  }
+  CheckRowsCoverWidth(frame, "RgbaImage");
   for (int32_t y = 0; y < frame.height; ++y) {
     ConvertRow(frame.data + static_cast<size_t>(y) * static_cast<size_t>(frame.rowBytes),
                frame.layout, frame.width, image.PixelAt(0, y));
