@@ -2,6 +2,7 @@
 
 #include "host/output/Interleave.h"
 
+#include <array>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -33,20 +34,31 @@ uint32_t SpeakerBit(kilnmediatypes::AudioChannelLabel label) {
   return 0;
 }
 
-// Little-endian fields, as RIFF has them.
+constexpr uint32_t kFormatChunk = 40;
+// RIFF header, "fmt " chunk, "data" chunk header.
+constexpr size_t kHeaderBytes = 12 + 8 + kFormatChunk + 8;
+
+// Little-endian fields, as RIFF has them, into a header of known size.
 class Header {
  public:
-  void Text(const char* four) { mBytes.insert(mBytes.end(), four, four + 4); }
+  void Text(const char* four) { Put(four, 4); }
   void U16(uint16_t value) { Little(value, 2); }
   void U32(uint32_t value) { Little(value, 4); }
-  void Bytes(const uint8_t* bytes, size_t size) { mBytes.insert(mBytes.end(), bytes, bytes + size); }
-  const std::vector<uint8_t>& bytes() const { return mBytes; }
+  void Put(const void* bytes, size_t size) {
+    if (mUsed + size > mBytes.size()) throw std::logic_error("StreamedWav: header overflow");
+    std::memcpy(mBytes.data() + mUsed, bytes, size);
+    mUsed += size;
+  }
+  const std::array<uint8_t, kHeaderBytes>& bytes() const { return mBytes; }
 
  private:
-  void Little(uint32_t value, int size) {
-    for (int i = 0; i < size; ++i) mBytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
+  void Little(uint32_t value, size_t size) {
+    uint8_t bytes[4];
+    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(value >> (8 * i));
+    Put(bytes, size);
   }
-  std::vector<uint8_t> mBytes;
+  std::array<uint8_t, kHeaderBytes> mBytes{};
+  size_t mUsed = 0;
 };
 
 }  // namespace
@@ -74,7 +86,6 @@ StreamedWav::StreamedWav(std::FILE* out, int32_t sampleRate, int32_t channels, i
   static_assert(std::endian::native == std::endian::little, "samples are written in the machine's order");
   const uint32_t blockAlign = static_cast<uint32_t>(channels) * 4;
   const uint64_t dataBytes = static_cast<uint64_t>(frames) * blockAlign;
-  constexpr uint32_t kFormatChunk = 40;
   const uint64_t riffBytes = 4 + (8 + kFormatChunk) + 8 + dataBytes;
   const bool fits = riffBytes <= std::numeric_limits<uint32_t>::max();
   Header header;
@@ -92,7 +103,7 @@ StreamedWav::StreamedWav(std::FILE* out, int32_t sampleRate, int32_t channels, i
   header.U16(22);  // size of the extension
   header.U16(32);  // valid bits
   header.U32(ChannelMask(labels));
-  header.Bytes(kFloatSubFormat, sizeof(kFloatSubFormat));
+  header.Put(kFloatSubFormat, sizeof(kFloatSubFormat));
   header.Text("data");
   header.U32(fits ? static_cast<uint32_t>(dataBytes) : kUnknownSize);
   mOut.Put(header.bytes().data(), header.bytes().size());
