@@ -1,13 +1,17 @@
 #include <host/cli/Interruption.h>
 
+#include <atomic>
 #include <csignal>
 
 namespace tetherhost {
 namespace {
 
-volatile std::sig_atomic_t gRequested = 0;
+// Set by the handler on the thread the signal lands on, read by the command's
+// threads: a lock-free atomic is both safe in a handler and free of races.
+std::atomic<bool> gRequested{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
 
-void OnInterrupt(int) { gRequested = 1; }
+void OnInterrupt(int) { gRequested.store(true, std::memory_order_relaxed); }
 
 }  // namespace
 
@@ -21,8 +25,6 @@ void Interruption::Install() {
   sigaction(SIGINT, &action, nullptr);
 }
 
-bool Interruption::Requested() { return gRequested != 0; }
-
-void Interruption::RequestForTesting(bool requested) { gRequested = requested ? 1 : 0; }
+bool Interruption::Requested() { return gRequested.load(std::memory_order_relaxed); }
 
 }  // namespace tetherhost

@@ -14,9 +14,6 @@ class Interruption {
 
   // True once SIGINT has arrived. Any thread.
   static bool Requested();
-
-  // Sets the flag as SIGINT would, for tests.
-  static void RequestForTesting(bool requested);
 };
 
 // Thrown by a command that stopped because of Ctrl-C, after it printed what it
