@@ -20,6 +20,7 @@ PACKAGES=(
   libpng-dev libsndfile1-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libgtk-3-dev xvfb xdotool x11-apps netpbm
+  ffmpeg
 )
 
 as_root() {

@@ -5,6 +5,7 @@
 
 namespace tetherhost {
 
+class CommandLine;
 class HostSession;
 
 // `tetherhost import`: imports one composition of a project as a new clip,
@@ -24,10 +25,19 @@ struct ImportOptions {
   std::filesystem::path out = "tetherhost-out";
   // Empty: no audio is written.
   std::filesystem::path audio;
+  // A YUV4MPEG2 stream and a raw stream of the frames, each to a file or to
+  // standard output ("-"); either replaces the PNG files.
+  std::filesystem::path y4m;
+  std::filesystem::path raw;
+  // Audio that would take more than 8 GiB is written only when this is set.
+  bool largeAudio = false;
 };
 
 // Returns the process's exit status; throws HostError (or
 // std::invalid_argument for a bad option) on failure.
 int RunImport(HostSession& session, const ImportOptions& options);
+
+// Adds `import` and its options to the command line.
+void AddImportCommand(CommandLine& commandLine);
 
 }  // namespace tetherhost

@@ -1,16 +1,46 @@
 #include <host/commands/ListCommand.h>
 
+#include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
 #include <host/session/HostSession.h>
+#include <host/session/ProgressView.h>
 
 #include <TetherMedia/ProjectEnumeration.h>
 #include <kilncore/string/UTFConversion.h>
 
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
 #include <cstdio>
+#include <memory>
 
 namespace tetherhost {
 
-int RunList(HostSession& session, const std::filesystem::path& project) {
+namespace {
+
+// The listing as JSON: an array of {"id", "name", "type"}, where the type is
+// "composition" or "folder".
+std::string ListJson(const std::vector<tether::ItemInfo>& items) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::PrettyWriter<rapidjson::StringBuffer> json(buffer);
+  json.StartArray();
+  for (const tether::ItemInfo& item : items) {
+    json.StartObject();
+    json.Key("id");
+    json.String(item.id.AsUTF8String());
+    json.Key("name");
+    json.String(kilncore::string::UTF16to8(item.name));
+    json.Key("type");
+    json.String(item.type == tether::ItemInfo::kTypeContainer ? "folder" : "composition");
+    json.EndObject();
+  }
+  json.EndArray();
+  return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+}
+
+}  // namespace
+
+int RunList(HostSession& session, const std::filesystem::path& project, bool json) {
   if (!std::filesystem::exists(project)) {
     throw HostError("no such file: " + project.string(), static_cast<int32_t>(0xA00F0003u));
   }
@@ -20,11 +50,24 @@ int RunList(HostSession& session, const std::filesystem::path& project) {
       throw HostError("no composition could be listed in " + project.string() +
                       " (the server could not open it, or it holds none)");
     }
+    std::string lines;
     for (const tether::ItemInfo& item : items) {
-      std::printf("%s  %s\n", item.id.AsUTF8String().c_str(), kilncore::string::UTF16to8(item.name).c_str());
+      lines += item.id.AsUTF8String() + "  " + kilncore::string::UTF16to8(item.name) + "\n";
     }
+    session.Progress().Print(json ? ListJson(items) : lines);
     return 0;
   });
+}
+
+void AddListCommand(CommandLine& commandLine) {
+  auto project = std::make_shared<std::filesystem::path>();
+  auto json = std::make_shared<bool>(false);
+  CLI::App* list = commandLine.AddCommand("list", "list the compositions of a Marl project", [project, json] {
+    HostSession session;
+    return RunList(session, *project, *json);
+  });
+  list->add_option("PROJECT", *project, "the project file")->required();
+  list->add_flag("--json", *json, "print a JSON array instead of lines for people");
 }
 
 }  // namespace tetherhost

@@ -6,14 +6,18 @@
 
 namespace tetherhost {
 
+class CommandLine;
 class HostSession;
 
 // `tetherhost play`: plays a clip as a host's player does. Background renders
-// run ahead of the play head; each frame is first asked of the cache only and
-// asked again, blocking, when it isn't there yet; audio is read block by block
-// alongside. Paced, frames are due at the clip's frame rate and a frame or an
-// audio block that comes after its time is counted late; unpaced, frames are
-// pulled as fast as they come, which measures throughput.
+// run ahead of the play head (the prefetch window); each frame is first asked
+// of the cache only and asked again, blocking, when it isn't there yet.
+// Paced, the clock starts after a preroll (the first window of frames and half
+// a second of audio in), frames are due at the clip's frame rate, and audio is
+// read on its own thread half a second ahead of the clock: a frame shown a
+// frame's length after its time is late, an audio block read after its first
+// sample's time is an underrun. Unpaced, frames are pulled as fast as they
+// come, which measures throughput, and audio is read alongside.
 struct PlayOptions {
   std::filesystem::path project;
   std::string item;
@@ -42,5 +46,8 @@ struct PlayStatistics {
 };
 
 int RunPlay(HostSession& session, const PlayOptions& options);
+
+// Adds `play` and its options to the command line.
+void AddPlayCommand(CommandLine& commandLine);
 
 }  // namespace tetherhost

@@ -1,5 +1,6 @@
 #include <host/commands/SettingsCommand.h>
 
+#include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
 #include <host/cli/OptionParsing.h>
 #include <host/output/PngFile.h>
@@ -19,7 +20,9 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -115,14 +118,20 @@ void WriteFrame(const LinkedClip& clip, const SettingsOptions& options) {
 
 }  // namespace
 
-CLI::App* AddSettingsCommand(CLI::App& app, SettingsOptions& options) {
-  auto* command = app.add_subcommand("settings", "open a composition's render settings dialog, then write a frame with them");
-  command->add_option("PROJECT", options.project, "the project file")->required();
-  command->add_option("--item", options.item, "the composition, by name or identifier (default: the first)");
-  command->add_option("--set", options.set, "change the settings without a window: guides=on or guides=off");
-  command->add_option("--frame", options.frame, "the frame written afterwards")->capture_default_str();
-  command->add_option("--out", options.out, "folder for the frame")->capture_default_str();
-  return command;
+void AddSettingsCommand(CommandLine& commandLine) {
+  auto options = std::make_shared<SettingsOptions>();
+  CLI::App* command = commandLine.AddCommand(
+      "settings", "open a composition's render settings dialog, then write a frame with them", [options] {
+        HostSession session;
+        return RunSettings(session, *options);
+      });
+  command->add_option("PROJECT", options->project, "the project file")->required();
+  command->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
+  command->add_option("--set", options->set, "change the settings without a window: guides=on or guides=off");
+  command->add_option("--frame", options->frame, "the frame written afterwards")
+      ->check(CommandLine::Integer(0, std::numeric_limits<int32_t>::max()))
+      ->capture_default_str();
+  command->add_option("--out", options->out, "folder for the frame")->capture_default_str();
 }
 
 int RunSettings(HostSession& session, const SettingsOptions& options) {

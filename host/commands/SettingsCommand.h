@@ -3,12 +3,9 @@
 #include <filesystem>
 #include <string>
 
-namespace CLI {
-class App;
-}
-
 namespace tetherhost {
 
+class CommandLine;
 class HostSession;
 
 // `tetherhost settings`: imports one composition as a new clip, opens its
@@ -30,8 +27,8 @@ struct SettingsOptions {
   std::filesystem::path out = "tetherhost-out";
 };
 
-// Adds the command and its options to `app`; the options land in `options`.
-CLI::App* AddSettingsCommand(CLI::App& app, SettingsOptions& options);
+// Adds `settings` to the command line.
+void AddSettingsCommand(CommandLine& commandLine);
 
 // Returns the process's exit status (0 after OK or Cancel alike); throws
 // HostError (or std::invalid_argument for a bad option) on failure, such as no

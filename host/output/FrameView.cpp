@@ -1,5 +1,8 @@
 #include "host/output/FrameView.h"
 
+#include <stdexcept>
+#include <string>
+
 namespace tetherhost {
 
 size_t BytesPerPixel(PixelLayout layout) {
@@ -11,6 +14,13 @@ size_t BytesPerPixel(PixelLayout layout) {
       return 16;
   }
   return 0;
+}
+
+void CheckRowsCoverWidth(const FrameView& frame, const char* reader) {
+  const size_t rowNeeded = static_cast<size_t>(frame.width) * BytesPerPixel(frame.layout);
+  if (frame.data == nullptr || frame.rowBytes < 0 || static_cast<size_t>(frame.rowBytes) < rowNeeded) {
+    throw std::invalid_argument(std::string(reader) + ": frame rows are shorter than its width");
+  }
 }
 
 }  // namespace tetherhost

@@ -28,4 +28,8 @@ struct FrameView {
 // Bytes of one pixel in `layout`.
 size_t BytesPerPixel(PixelLayout layout);
 
+// Throws std::invalid_argument, naming `reader`, unless the view has data and
+// rows at least as long as its width.
+void CheckRowsCoverWidth(const FrameView& frame, const char* reader);
+
 }  // namespace tetherhost

@@ -1,8 +1,9 @@
 #include "host/output/RgbaImage.h"
 
+#include "host/output/StraightColour.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace tetherhost {
 namespace {
@@ -18,23 +19,27 @@ uint8_t ToByte(float value) {
   return static_cast<uint8_t>(std::lround(value * 255.0f));
 }
 
+// Frames come premultiplied (each colour already times alpha); a picture file
+// holds straight colour, so each colour is divided by alpha again. Where
+// alpha is 0 there is no colour to recover.
+uint8_t Unpremultiplied(uint8_t colour, uint8_t alpha) {
+  if (alpha == 0) return 0;
+  if (alpha == 255) return colour;
+  return static_cast<uint8_t>(std::min(255, (colour * 255 + alpha / 2) / alpha));
+}
+
 void ConvertRow(const uint8_t* source, PixelLayout layout, int32_t width, uint8_t* out) {
   for (int32_t x = 0; x < width; ++x, out += 4) {
     if (layout == PixelLayout::kBGRA8) {
       const uint8_t* pixel = source + static_cast<size_t>(x) * 4;
-      out[0] = pixel[2];
-      out[1] = pixel[1];
-      out[2] = pixel[0];
+      out[0] = Unpremultiplied(pixel[2], pixel[3]);
+      out[1] = Unpremultiplied(pixel[1], pixel[3]);
+      out[2] = Unpremultiplied(pixel[0], pixel[3]);
       out[3] = pixel[3];
       continue;
     }
-    float channels[4];
-    std::memcpy(channels, source + static_cast<size_t>(x) * 16, sizeof(channels));
-    const bool blueFirst = layout == PixelLayout::kBGRA32F;
-    out[0] = ToByte(channels[blueFirst ? 2 : 0]);
-    out[1] = ToByte(channels[1]);
-    out[2] = ToByte(channels[blueFirst ? 0 : 2]);
-    out[3] = ToByte(channels[3]);
+    const StraightColour colour = StraightColourOf(source + static_cast<size_t>(x) * 16, layout);
+    for (int c = 0; c < 4; ++c) out[c] = ToByte(colour.rgba[c]);
   }
 }
 
@@ -54,11 +59,7 @@ RgbaImage RgbaImage::FromFrame(const FrameView& frame) {
   if (image.empty()) {
     return image;
   }
-  const size_t rowNeeded = static_cast<size_t>(frame.width) * BytesPerPixel(frame.layout);
-  if (frame.data == nullptr || frame.rowBytes < 0 ||
-      static_cast<size_t>(frame.rowBytes) < rowNeeded) {
-    throw std::invalid_argument("RgbaImage: frame rows are shorter than its width");
-  }
+  CheckRowsCoverWidth(frame, "RgbaImage");
   for (int32_t y = 0; y < frame.height; ++y) {
     ConvertRow(frame.data + static_cast<size_t>(y) * static_cast<size_t>(frame.rowBytes),
                frame.layout, frame.width, image.PixelAt(0, y));

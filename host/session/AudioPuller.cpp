@@ -23,6 +23,14 @@ const kilnaudiotoolkit::AudioBuffer& AudioPuller::Read(int64_t frame) {
   return mBuffer;
 }
 
+std::vector<kilnmediatypes::AudioChannelLabel> AudioPuller::Labels() const {
+  std::vector<kilnmediatypes::AudioChannelDescription> layout;
+  if (mAudio.GetAudioChannelLayout(layout) < 0 || layout.size() != mChannels) return {};
+  std::vector<kilnmediatypes::AudioChannelLabel> labels;
+  for (const auto& channel : layout) labels.push_back(channel.label);
+  return labels;
+}
+
 int64_t AudioPuller::FrameAt(kilnmediatypes::TickTime time) const { return time.GetTicks() / mTicksPerSample; }
 
 }  // namespace tetherhost

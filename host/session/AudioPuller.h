@@ -5,6 +5,7 @@
 #include <kilnmediatypes/TickTime.h>
 
 #include <cstdint>
+#include <vector>
 
 namespace tetherhost {
 
@@ -17,6 +18,9 @@ class AudioPuller {
 
   int32_t sampleRate() const { return mSampleRate; }
   uint32_t channels() const { return mChannels; }
+  // The speaker position of each channel, as the stream states them; empty
+  // when it states none.
+  std::vector<kilnmediatypes::AudioChannelLabel> Labels() const;
 
   // Reads the block at sample frame `frame` into the returned buffer. Throws
   // HostError with the module's code if the read fails.

@@ -1,5 +1,6 @@
 #include <host/session/FramePuller.h>
 
+#include <host/cli/FourCharCode.h>
 #include <host/cli/HostError.h>
 #include <host/output/FrameView.h>
 #include <host/session/LinkedClip.h>
@@ -25,7 +26,8 @@ kilnmediatypes::TickTime FramePuller::TimeOf(int64_t frame) const {
   return kilnmediatypes::TickTime(frame, mFrameRate);
 }
 
-RgbaImage FramePuller::Pull(int64_t frame) {
+template <typename Convert>
+auto FramePuller::Fetch(int64_t frame, Convert convert) {
   const kilnmediatypes::TickTime time = TimeOf(frame);
   const RL::FrameFormat format = WantedFormat(mVideo, time, mPixelFormat, mWidth, mHeight);
   KL::IVideoSource::Frame pane;
@@ -37,8 +39,12 @@ RgbaImage FramePuller::Pull(int64_t frame) {
   }
   HostError::ThrowIfFailed(result, "frame " + std::to_string(frame));
   if (!pane) throw HostError("frame " + std::to_string(frame) + " came back empty");
-  return RgbaImage::FromFrame(ViewOf(*pane, format));
+  return convert(ViewOf(*pane, format));
 }
+
+RgbaImage FramePuller::Pull(int64_t frame) { return Fetch(frame, &RgbaImage::FromFrame); }
+
+Rgba16Image FramePuller::PullDeep(int64_t frame) { return Fetch(frame, &Rgba16Image::FromFrame); }
 
 namespace {
 
@@ -47,12 +53,6 @@ std::optional<PixelLayout> LayoutOf(kilnmediatypes::PixelFormat format) {
   if (format.fourcc == kilnmediatypes::kPixelFormat_RGBA_4444_32f.fourcc) return PixelLayout::kRGBA32F;
   if (format.fourcc == kilnmediatypes::kPixelFormat_BGRA_4444_32f.fourcc) return PixelLayout::kBGRA32F;
   return std::nullopt;
-}
-
-std::string FourCCText(uint32_t fourcc) {
-  const char text[5] = {static_cast<char>(fourcc >> 24), static_cast<char>(fourcc >> 16),
-                        static_cast<char>(fourcc >> 8), static_cast<char>(fourcc), 0};
-  return text;
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ FrameView ViewOf(const RL::IPane& frame, const RL::FrameFormat& requested) {
   const kilnmediatypes::PixelFormat format = described ? frame.GetPixelFormat() : requested.pixelFormat;
   const std::optional<PixelLayout> layout = LayoutOf(format);
   if (!layout) {
-    throw HostError("the frame is in pixel format '" + FourCCText(format.fourcc) + "', which this host can't show");
+    throw HostError("the frame is in pixel format " + FourCharCodeText(format.fourcc) + ", which this host can't show");
   }
   view.layout = *layout;
   view.width = described ? frame.GetWidth() : requested.width;

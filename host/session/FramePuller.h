@@ -1,6 +1,7 @@
 #pragma once
 
 #include <host/output/FrameView.h>
+#include <host/output/Rgba16Image.h>
 #include <host/output/RgbaImage.h>
 
 #include <KL/IVideoSource.h>
@@ -23,11 +24,17 @@ class FramePuller {
   // The time of frame `frame`, counted from the item's first frame.
   kilnmediatypes::TickTime TimeOf(int64_t frame) const;
 
-  // The frame, converted for a picture file. Throws HostError with the
-  // module's code when the frame can't be had.
+  // The frame, converted for a picture file, at 8 or 16 bits a channel.
+  // Throws HostError with the module's code when the frame can't be had.
   RgbaImage Pull(int64_t frame);
+  Rgba16Image PullDeep(int64_t frame);
 
  private:
+  // Fetches the frame and hands a view of it to `convert` while the module's
+  // pane is alive.
+  template <typename Convert>
+  auto Fetch(int64_t frame, Convert convert);
+
   KL::IVideoSource& mVideo;
   const RL::BinaryData& mPrefs;
   kilnmediatypes::FrameRate mFrameRate;

@@ -37,6 +37,18 @@ void ProgressView::Finish() {
   mBar.Finish();
 }
 
+void ProgressView::Print(const std::string& text) {
+  std::lock_guard lock(mMutex);
+  mBar.Finish();
+  std::fputs(text.c_str(), mReportStream);
+  std::fflush(mReportStream);
+}
+
+void ProgressView::SetReportStream(std::FILE* reports) {
+  std::lock_guard lock(mMutex);
+  mReportStream = reports;
+}
+
 size_t ProgressView::ReportsReceived() const {
   std::lock_guard lock(mMutex);
   return mReports;

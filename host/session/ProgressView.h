@@ -32,6 +32,14 @@ class ProgressView {
   // Ends the bar's line, if one was drawn.
   void Finish();
 
+  // Prints `text` to the report stream on a line of its own: the bar's line
+  // is ended first, so a report never runs into the bar. Any thread.
+  void Print(const std::string& text);
+
+  // Where Print writes: standard output unless that carries data (frames or
+  // audio to a pipe), then standard error.
+  void SetReportStream(std::FILE* reports);
+
   // The number of the module's reports received so far.
   size_t ReportsReceived() const;
 
@@ -41,6 +49,7 @@ class ProgressView {
   const bool mDraw;
   mutable std::mutex mMutex;
   ProgressBar mBar;
+  std::FILE* mReportStream = stdout;
   size_t mReports = 0;
   std::shared_ptr<kilncore::messaging::Station> mStation;
   kilncore::messaging::Broadcaster::ListenerID mListener = 0;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace kilncore::logging {
 namespace {
@@ -65,11 +66,13 @@ void LogException(const std::exception_ptr& exception, const char* context,
   }
 }
 
-LogSink SetLogSinkForTesting(LogSink sink) {
+LogSink SetLogSink(LogSink sink) {
   LogTarget& target = GetLogTarget();
   std::lock_guard lock(target.mutex);
   std::swap(target.sink, sink);
   return sink;
 }
+
+LogSink SetLogSinkForTesting(LogSink sink) { return SetLogSink(std::move(sink)); }
 
 }  // namespace kilncore::logging

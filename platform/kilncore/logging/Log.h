@@ -19,8 +19,12 @@ void LogException(const std::exception_ptr& exception, const char* context,
                   std::string_view detail = {}) noexcept;
 
 // Replaces where log entries go and returns the previous sink. An empty sink
-// means stderr, the default. Meant for tests that check what was logged; prefer
-// ScopedLogCapture, which restores the previous sink by itself.
+// means stderr, the default. An application sends the log where its user asked
+// (a file, or nowhere unless asked) with this.
+LogSink SetLogSink(LogSink sink);
+
+// The same, for tests that check what was logged; prefer ScopedLogCapture,
+// which restores the previous sink by itself.
 LogSink SetLogSinkForTesting(LogSink sink);
 
 }  // namespace kilncore::logging

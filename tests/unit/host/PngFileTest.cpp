@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <cstring>
 #include <fstream>
+#include <string>
+#include <vector>
 
 namespace tetherhost {
 namespace {
@@ -37,6 +40,41 @@ TEST_F(PngFileTest, WrittenPictureReadsBackByteForByte) {
   EXPECT_EQ(back.width(), 3);
   EXPECT_EQ(back.height(), 2);
   EXPECT_EQ(back.bytes(), image.bytes());
+}
+
+TEST_F(PngFileTest, NonSquarePixelsAreStatedAndSquareOnesAreNot) {
+  RgbaImage image(2, 2);
+  PngFile::Write(mFolder / "ntsc.png", image, {10, 11});
+  const PixelAspect ntsc = PngFile::ReadPixelAspect(mFolder / "ntsc.png");
+  EXPECT_EQ(ntsc.numerator, 10);
+  EXPECT_EQ(ntsc.denominator, 11);
+  PngFile::Write(mFolder / "square.png", image);
+  EXPECT_TRUE(PngFile::ReadPixelAspect(mFolder / "square.png").square());
+  EXPECT_THROW(PngFile::Write(mFolder / "bad.png", image, {0, 1}), std::invalid_argument);
+}
+
+TEST_F(PngFileTest, SixteenBitPictureReadsBackAtEightBits) {
+  const float pixel[4] = {0.5f, 0.25f, 1.0f, 1.0f};
+  std::vector<uint8_t> bytes(sizeof(pixel));
+  std::memcpy(bytes.data(), pixel, sizeof(pixel));
+  const Rgba16Image image = Rgba16Image::FromFrame({bytes.data(), 1, 1, 16, PixelLayout::kRGBA32F});
+  EXPECT_EQ(std::vector<uint16_t>(image.PixelAt(0, 0), image.PixelAt(0, 0) + 4),
+            (std::vector<uint16_t>{32768, 16384, 65535, 65535}));
+  PngFile::Write(mFolder / "deep.png", image);
+  std::ifstream in(mFolder / "deep.png", std::ios::binary);
+  std::vector<char> header(26);
+  in.read(header.data(), 26);
+  EXPECT_EQ(header[24], 16) << "bit depth";
+  EXPECT_EQ(header[25], 6) << "colour type RGBA";
+}
+
+TEST_F(PngFileTest, WritingLeavesNoTemporaryFileBehind) {
+  RgbaImage image(1, 1);
+  PngFile::Write(mFolder / "one.png", image);
+  EXPECT_THROW(PngFile::Write(mFolder / "none.png", RgbaImage()), std::runtime_error);
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(mFolder)) names.push_back(entry.path().filename());
+  EXPECT_EQ(names, (std::vector<std::string>{"one.png"}));
 }
 
 TEST_F(PngFileTest, ReadingSomethingElseThrows) {

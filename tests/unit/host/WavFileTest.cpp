@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sndfile.h>
+
 #include <unistd.h>
 
 #include <filesystem>
@@ -25,6 +27,7 @@ TEST(WavFileTest, PlanarBlocksReadBackInterleavedCorrectly) {
     const float right2[1] = {-0.4f};
     wav.Append({left2, right2}, 1);
     EXPECT_EQ(wav.framesWritten(), 4);
+    wav.Close();
   }
   const WavFile::Contents contents = WavFile::Read(path);
   std::filesystem::remove(path);
@@ -42,6 +45,57 @@ TEST(WavFileTest, WrongChannelCountAndAppendAfterCloseThrow) {
   wav.Close();
   EXPECT_THROW(wav.Append({samples}, 1), std::runtime_error);
   std::filesystem::remove(path);
+}
+
+TEST(WavFileTest, FileAppearsUnderItsNameOnlyWhenClosed) {
+  const auto path = TempPath("unfinished.wav");
+  const float samples[2] = {0.5f, 0.25f};
+  {
+    WavFile wav(path, 48000, 1);
+    wav.Append({samples}, 2);
+    EXPECT_FALSE(std::filesystem::exists(path));
+  }
+  // Dropped without Close(), as on a failure: nothing under the name, nothing beside it.
+  EXPECT_FALSE(std::filesystem::exists(path));
+  for (const auto& entry : std::filesystem::directory_iterator(path.parent_path())) {
+    EXPECT_EQ(entry.path().filename().string().find("unfinished.wav"), std::string::npos) << entry.path();
+  }
+}
+
+TEST(WavFileTest, SmallFileIsAPlainWavAndSixLabelledChannelsGetAFiveOneMask) {
+  const auto path = TempPath("surround.wav");
+  using namespace kilnmediatypes;
+  const std::vector<AudioChannelLabel> labels = {kAudioChannelLabel_Left,         kAudioChannelLabel_Right,
+                                                 kAudioChannelLabel_Center,       kAudioChannelLabel_LowFrequency,
+                                                 kAudioChannelLabel_LeftSurround, kAudioChannelLabel_RightSurround};
+  {
+    WavFile wav(path, 48000, 6, labels);
+    const float samples[1] = {0.0f};
+    wav.Append({samples, samples, samples, samples, samples, samples}, 1);
+    wav.Close();
+  }
+  const WavFile::Contents contents = WavFile::Read(path);
+  std::filesystem::remove(path);
+  // Written as RF64 and turned back into a plain WAV because it stayed small.
+  EXPECT_TRUE(contents.majorFormat == SF_FORMAT_WAV || contents.majorFormat == SF_FORMAT_WAVEX)
+      << std::hex << contents.majorFormat;
+  EXPECT_EQ(contents.channelMap, (std::vector<int>{SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER,
+                                                   SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT,
+                                                   SF_CHANNEL_MAP_REAR_RIGHT}));
+}
+
+TEST(WavFileTest, DiscreteChannelsGetNoMask) {
+  const auto path = TempPath("discrete.wav");
+  {
+    WavFile wav(path, 48000, 3,
+                {kilnmediatypes::kAudioChannelLabel_Discrete, kilnmediatypes::kAudioChannelLabel_Discrete,
+                 kilnmediatypes::kAudioChannelLabel_Discrete});
+    wav.Close();
+  }
+  const WavFile::Contents contents = WavFile::Read(path);
+  std::filesystem::remove(path);
+  EXPECT_TRUE(contents.channelMap.empty());
+  EXPECT_THROW(WavFile(path, 48000, 2, {kilnmediatypes::kAudioChannelLabel_Left}), std::invalid_argument);
 }
 
 TEST(WavFileTest, BadParametersAndPathsThrow) {

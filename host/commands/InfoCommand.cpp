@@ -1,0 +1,37 @@
+#include <host/commands/InfoCommand.h>
+
+#include <host/cli/CommandLine.h>
+#include <host/commands/ClipReport.h>
+#include <host/session/HostSession.h>
+#include <host/session/LinkedClip.h>
+#include <host/session/ProgressView.h>
+
+#include <TetherMedia/MissingAssets.h>
+
+#include <memory>
+
+namespace tetherhost {
+
+int RunInfo(HostSession& session, const InfoOptions& options) {
+  return session.RunWithUserInterface([&] {
+    const LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
+    const ClipDescription description = clip.Describe();
+    const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
+    session.Progress().Print(options.json ? DescriptionJson(description, fonts)
+                                          : DescriptionText(description) + MissingFontsText(fonts));
+    return 0;
+  });
+}
+
+void AddInfoCommand(CommandLine& commandLine) {
+  auto options = std::make_shared<InfoOptions>();
+  CLI::App* info = commandLine.AddCommand("info", "describe a composition as the host sees it", [options] {
+    HostSession session;
+    return RunInfo(session, *options);
+  });
+  info->add_option("PROJECT", options->project, "the project file")->required();
+  info->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
+  info->add_flag("--json", options->json, "print one JSON object instead of lines for people");
+}
+
+}  // namespace tetherhost
