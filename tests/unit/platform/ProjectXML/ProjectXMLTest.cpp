@@ -145,8 +145,8 @@ namespace {
 
 TEST(ProjectXMLExamplesTest, BothFlavoursOfTheSampleReadAlike) {
   const std::string folder = TETHER_TEST_EXAMPLES_FOLDER;
-  const ProjectDocument legacy = ProjectXMLReader::ReadFile(folder + "/edit.tlmproj");
-  ProjectDocument unified = ProjectXMLReader::ReadFile(folder + "/edit.tlmprojx");
+  const ProjectDocument legacy = ProjectXMLReader::ReadFile(folder + "/host/edit.tlmproj");
+  ProjectDocument unified = ProjectXMLReader::ReadFile(folder + "/host/edit.tlmprojx");
   EXPECT_EQ(legacy.flavour, Flavour::kLegacy);
   EXPECT_EQ(unified.flavour, Flavour::kUnified);
   unified.flavour = Flavour::kLegacy;
