@@ -49,6 +49,18 @@ HostProjectSession::HostProjectSession(ProjectXML::ProjectDocument document, tet
 
 tether::MissingAssets HostProjectSession::GetMissingAssets() const { return {}; }
 
+std::vector<ProjectXML::Item> HostProjectSession::ListSequences() const {
+  std::vector<ProjectXML::Item> sequences;
+  const std::function<void(const std::vector<ProjectXML::Item>&)> walk = [&](const std::vector<ProjectXML::Item>& items) {
+    for (const ProjectXML::Item& item : items) {
+      if (item.kind == ProjectXML::Item::Kind::kSequence) sequences.push_back(item);
+      walk(item.children);
+    }
+  };
+  walk(mDocument.items);
+  return sequences;
+}
+
 const ProjectXML::Item* HostProjectSession::FindItem(const kilncore::utility::Guid& id) const {
   return Find(mDocument.items, id);
 }

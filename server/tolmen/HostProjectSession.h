@@ -31,6 +31,8 @@ class HostProjectSession : public SessionProject {
   // names no item.
   std::optional<std::string> ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const override;
 
+  // The sequences of the bin tree, depth first.
+  std::vector<ProjectXML::Item> ListSequences() const;
   // The item `id` anywhere in the bin tree, or null.
   const ProjectXML::Item* FindItem(const kilncore::utility::Guid& id) const;
 

@@ -2,6 +2,7 @@
 
 #include <server/marl/MarlHandler.h>
 #include <server/tolmen/HostProjectSession.h>
+#include <server/tolmen/XmemlReader.h>
 
 #include <ProjectXML/ProjectXMLError.h>
 #include <ProjectXML/ProjectXMLReader.h>
@@ -11,6 +12,8 @@
 #include <kilncore/logging/Log.h>
 #include <kilncore/string/UTFConversion.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 namespace tetherserver {
@@ -52,7 +55,33 @@ std::shared_ptr<const SessionProject> TolmenHandler::OpenProject(const tether::F
 
 std::shared_ptr<const SessionItem> TolmenHandler::OpenFile(const tether::File& file, FileNotes& notes,
                                                            int32_t& status) const {
-  return MarlHandler::OpenPlainFile(file, notes, status);
+  const std::string path = kilncore::string::UTF16to8(file.FullPath());
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  if (extension != ".xml") return MarlHandler::OpenPlainFile(file, notes, status);
+  if (!std::filesystem::exists(path)) {
+    status = tether::wire::kStatusNotFound;
+    return nullptr;
+  }
+  try {
+    // A plain file shows one item: its first sequence, in the file's order.
+    const HostProjectSession project(XmemlReader::ReadFile(path), file);
+    const std::vector<ProjectXML::Item> sequences = project.ListSequences();
+    if (sequences.empty()) {
+      status = tether::wire::kStatusNotFound;
+      return nullptr;
+    }
+    notes.kind = "Final Cut Pro XML";
+    notes.detail = static_cast<int32_t>(sequences.size());
+    status = tether::wire::kStatusOK;
+    return project.GetItem(sequences.front().id);
+  } catch (const ProjectXML::ProjectXMLError& error) {
+    kilncore::logging::LogException(std::current_exception(), "tetherserver::TolmenHandler::OpenFile", path);
+    notes.message = error.what();
+    status = tether::wire::kStatusFailed;
+    return nullptr;
+  }
 }
 
 }  // namespace tetherserver

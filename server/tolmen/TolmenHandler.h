@@ -9,7 +9,9 @@ namespace tetherserver {
 
 // The host application's own project server ("Tolmen"): host project files
 // (".tlmproj", ".tlmprojx", docs/project-format.md) on the project road; on the
-// file road, plain files of the Marl family (MarlHandler::OpenPlainFile).
+// file road, Final Cut Pro XML (".xml", XmemlReader), whose first sequence is
+// the file's item, and plain files of the Marl family
+// (MarlHandler::OpenPlainFile).
 class TolmenHandler : public OwnerHandler {
  public:
   std::string Application() const override;

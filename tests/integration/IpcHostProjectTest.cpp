@@ -11,6 +11,7 @@
 #include <kilncore/serialization/JSONBuild.h>
 #include <tether/AudioRenderer.h>
 #include <tether/Container.h>
+#include <tether/FileServer.h>
 #include <tether/TolmenServer.h>
 #include <tether/ipc/IpcBackend.h>
 
@@ -333,6 +334,67 @@ TEST_P(IpcHostProjectTest, MalformedOrMissingProjectsAreRefusedAndTheServerGoesO
   EXPECT_NE(Open(ExampleFile("no-such-project.tlmproj")).first, 0);
   EXPECT_NE(Open(ExampleFile("simple.marlp")).first, 0);
   EXPECT_EQ(Open(ExampleFile("edit.tlmproj")).first, 0);
+  std::filesystem::remove_all(folder);
+}
+
+TEST_P(IpcHostProjectTest, FinalCutProXMLOpensAsAPlainFileShowingItsFirstSequence) {
+  auto [status, fileServer] = Await<FileServer>([&](auto cb) { mTyped->CreateFileServerLink(cb); });
+  ASSERT_EQ(status, 0);
+  auto opened = std::make_shared<std::promise<std::pair<int, std::shared_ptr<Source>>>>();
+  auto future = opened->get_future();
+  fileServer->OpenFile(
+      [opened](ConnectionStatus openStatus, const std::shared_ptr<Source>& source, const kilncore::WideString&,
+               const kilncore::WideString&, int) { opened->set_value({openStatus, source}); },
+      ExampleFile("cut.xml"));
+  ASSERT_EQ(future.wait_for(kWait), std::future_status::ready);
+  auto [openStatus, source] = future.get();
+  ASSERT_EQ(openStatus, 0);
+  ASSERT_TRUE(source);
+  EXPECT_EQ(source->GetName(), u"Cut 29.97 DF");
+  EXPECT_EQ(source->GetFrameSize().right, 64);
+  EXPECT_EQ(source->GetDuration(), RatioTime(120 * 1001, 30000));
+
+  auto at = [&](int64_t frame) {
+    VideoRenderOptions options;
+    options.SetPixelFormats({{0x42475241, 0}});
+    auto [rendererStatus, renderer] = Await<VideoRenderer>([&](auto cb) { source->GetVideoRenderer(cb, options); });
+    EXPECT_EQ(rendererStatus, 0);
+    Block block = AwaitBlock(*renderer, RatioTime(frame * 1001, 30000));
+    const auto* bytes = static_cast<const uint8_t*>(block.data->GetAddress());
+    const size_t middle = (size_t{30} * 64 + 40) * 4;
+    std::array<uint8_t, 4> pixel{bytes[middle], bytes[middle + 1], bytes[middle + 2], bytes[middle + 3]};
+    block.data->ReleaseAddress();
+    return pixel;
+  };
+  EXPECT_EQ(at(5), (std::array<uint8_t, 4>{60, 180, 30, 255}));   // the shot, by its relative path
+  EXPECT_EQ(at(40), (std::array<uint8_t, 4>{13, 13, 115, 255}));  // missing title: the slate
+  EXPECT_EQ(at(70), (std::array<uint8_t, 4>{60, 180, 30, 255}));  // the shot again, by its file id
+  EXPECT_EQ(at(95), (std::array<uint8_t, 4>{0, 0, 0, 255}));      // a generator is skipped: black
+  EXPECT_EQ(at(110), (std::array<uint8_t, 4>{13, 13, 115, 255})); // a nested sequence: the slate
+}
+
+TEST_P(IpcHostProjectTest, MalformedFinalCutProXMLIsRefused) {
+  const auto folder = std::filesystem::temp_directory_path() / ("tether-xmeml-" + Guid::CreateUnique().AsUTF8String());
+  std::filesystem::create_directories(folder);
+  auto [status, fileServer] = Await<FileServer>([&](auto cb) { mTyped->CreateFileServerLink(cb); });
+  ASSERT_EQ(status, 0);
+  const std::vector<std::string> bad = {
+      "<xmeml version='5'><sequence><media><video><track><clipitem><start>0</start><end>5</end>"
+      "<file id='never-defined'/></clipitem></track></video></media></sequence></xmeml>",
+      "<xmeml version='9'/>", "<xmeml version='5'><sequence><media><video><format><samplecharacteristics>"
+      "<width>99999</width></samplecharacteristics></format></video></media></sequence></xmeml>",
+      "<xmeml", "<xmeml version='4'><project><children/></project></xmeml>"};
+  for (size_t i = 0; i < bad.size(); ++i) {
+    const std::string path = (folder / ("bad" + std::to_string(i) + ".xml")).string();
+    std::ofstream(path) << bad[i];
+    auto opened = std::make_shared<std::promise<int>>();
+    auto future = opened->get_future();
+    fileServer->OpenFile([opened](ConnectionStatus openStatus, const std::shared_ptr<Source>&,
+                                  const kilncore::WideString&, const kilncore::WideString&, int) { opened->set_value(openStatus); },
+                         File(kilncore::WideString(path.begin(), path.end())));
+    ASSERT_EQ(future.wait_for(kWait), std::future_status::ready);
+    EXPECT_NE(future.get(), 0) << bad[i];
+  }
   std::filesystem::remove_all(folder);
 }
 
