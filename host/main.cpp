@@ -20,6 +20,7 @@
 
 #include <host/cli/HostError.h>
 #include <host/commands/ImportCommand.h>
+#include <host/commands/ItemsCommand.h>
 #include <host/commands/ListCommand.h>
 #include <host/commands/PlayCommand.h>
 #include <host/session/HostSession.h>
@@ -142,6 +143,9 @@ int main(int argc, char** argv) {
   playCommand->add_option("--format", play.format, "pixel format: bgra8 or rgba32f")->capture_default_str();
   playCommand->add_flag("--unpaced", unpaced, "pull frames as fast as they come instead of at the frame rate");
 
+  tetherhost::ItemsOptions itemsOptions;
+  auto* itemsCommand = tetherhost::AddItemsCommand(app, itemsOptions);
+
   CLI11_PARSE(app, argc, argv);
   play.paced = !unpaced;
   try {
@@ -150,6 +154,7 @@ int main(int argc, char** argv) {
     if (*list) return tetherhost::RunList(session, listProject);
     if (*importCommand) return tetherhost::RunImport(session, import);
     if (*playCommand) return tetherhost::RunPlay(session, play);
+    if (*itemsCommand) return tetherhost::RunItems(session, itemsOptions);
   } catch (const tetherhost::HostError& e) {
     std::fprintf(stderr, "tetherhost: %s\n", e.Describe().c_str());
     return 1;
