@@ -23,6 +23,7 @@
 #include <host/commands/ItemsCommand.h>
 #include <host/commands/ListCommand.h>
 #include <host/commands/PlayCommand.h>
+#include <host/commands/SegmentsCommand.h>
 #include <host/session/HostSession.h>
 
 #include <chrono>
@@ -145,6 +146,8 @@ int main(int argc, char** argv) {
 
   tetherhost::ItemsOptions itemsOptions;
   auto* itemsCommand = tetherhost::AddItemsCommand(app, itemsOptions);
+  tetherhost::SegmentsOptions segmentsOptions;
+  auto* segmentsCommand = tetherhost::AddSegmentsCommand(app, segmentsOptions);
 
   CLI11_PARSE(app, argc, argv);
   play.paced = !unpaced;
@@ -155,6 +158,7 @@ int main(int argc, char** argv) {
     if (*importCommand) return tetherhost::RunImport(session, import);
     if (*playCommand) return tetherhost::RunPlay(session, play);
     if (*itemsCommand) return tetherhost::RunItems(session, itemsOptions);
+    if (*segmentsCommand) return tetherhost::RunSegments(session, segmentsOptions);
   } catch (const tetherhost::HostError& e) {
     std::fprintf(stderr, "tetherhost: %s\n", e.Describe().c_str());
     return 1;

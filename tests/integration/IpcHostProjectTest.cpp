@@ -9,6 +9,7 @@
 #include <ProjectXML/ProjectXMLReader.h>
 
 #include <kilncore/serialization/JSONBuild.h>
+#include <kilncore/string/UTFConversion.h>
 #include <tether/AudioRenderer.h>
 #include <tether/Container.h>
 #include <tether/FileServer.h>
@@ -159,7 +160,10 @@ class IpcHostProjectTest : public ::testing::TestWithParam<Mode> {
   }
 
   Answer Ask(Source& source, const std::string& name, AnyArray extra, const Guid& id) {
-    const std::string path = kExamples + "/host/smart.tlmproj";
+    return AskAbout(source, kExamples + "/host/smart.tlmproj", name, std::move(extra), id);
+  }
+
+  Answer AskAbout(Source& source, const std::string& path, const std::string& name, AnyArray extra, const Guid& id) {
     AnyArray arguments{MakeAny(path), MakeAny(id.AsUTF8String())};
     for (auto& argument : extra) arguments.push_back(argument);
     auto promise = std::make_shared<std::promise<Answer>>();
@@ -371,6 +375,26 @@ TEST_P(IpcHostProjectTest, FinalCutProXMLOpensAsAPlainFileShowingItsFirstSequenc
   EXPECT_EQ(at(70), (std::array<uint8_t, 4>{60, 180, 30, 255}));  // the shot again, by its file id
   EXPECT_EQ(at(95), (std::array<uint8_t, 4>{0, 0, 0, 255}));      // a generator is skipped: black
   EXPECT_EQ(at(110), (std::array<uint8_t, 4>{13, 13, 115, 255})); // a nested sequence: the slate
+
+  const std::string path = kExamples + "/host/cut.xml";
+  const Answer segments = AskAbout(
+      *source, path, "com.veldmoor.tether.Tolmen.DetermineSmartRenderSegmentsInRange",
+      {Time(0), Time(120 * 8475667200),
+       MakeAny(AnyObject{{"fourcc", MakeAny(0x42475241u)}, {"properties", MakeAny(0u)}}), MakeAny(false),
+       MakeAny(false)},
+      Guid("5E7A1C0D-0000-4000-8000-0000000000C1"));
+  ASSERT_EQ(segments.code, 0) << kilncore::string::UTF16to8(segments.message);
+  // Pictures of an xmeml file are stills, which are never taken over...
+  EXPECT_TRUE(ValueOf(segments).empty());
+  // ...but answer as still ranges: the shot, then the title and the shot
+  // again by its reused file id, up to the generator's gap.
+  const Answer stills =
+      AskAbout(*source, path, "com.veldmoor.tether.Tolmen.GetStillRanges", {}, Guid("5E7A1C0D-0000-4000-8000-0000000000C1"));
+  ASSERT_EQ(stills.code, 0);
+  ASSERT_EQ(ValueOf(stills).size(), 2u);
+  const auto& second = std::any_cast<const AnyArray&>(*ValueOf(stills)[1]);
+  EXPECT_EQ(TicksOf(second[0]), 35 * int64_t{8475667200});
+  EXPECT_EQ(TicksOf(second[1]), 90 * int64_t{8475667200});
 }
 
 TEST_P(IpcHostProjectTest, MalformedFinalCutProXMLIsRefused) {
