@@ -103,6 +103,8 @@ class Reading {
   }
 
   const std::string& Path() const { return mPath; }
+  // False if `id` names an item already.
+  bool ClaimID(const kilncore::utility::Guid& id) { return mIDs.insert(id.AsUTF8String()).second; }
   uint64_t NextNode() { return ++mNodes; }
 
  private:
@@ -110,6 +112,7 @@ class Reading {
   std::string mPath;
   std::map<std::string, std::string> mFiles;
   std::set<std::string> mSkipped;
+  std::set<std::string> mIDs;
   size_t mClips = 0;
   uint64_t mNodes = 0;
 };
@@ -187,16 +190,21 @@ std::vector<ProjectXML::Track> ReadTracks(Reading& reading, const pugi::xml_node
   return tracks;
 }
 
-kilncore::utility::Guid SequenceIDOf(const Reading& reading, const pugi::xml_node& node, uint64_t nodeID) {
+kilncore::utility::Guid SequenceIDOf(Reading& reading, const pugi::xml_node& node, uint64_t nodeID) {
   const kilncore::utility::Guid uuid(std::string(node.child("uuid").text().get()));
-  if (!uuid.IsNil()) return uuid;
-  // Stable across openings of the same file, and unique in it.
-  const std::string seed = reading.Path() + "\n" + std::to_string(nodeID) + "\n" + node.attribute("id").value();
-  kilncore::utility::HashValueMixerState state;
-  kilncore::utility::UpdateHashState(state, seed.data(), seed.size());
-  kilncore::utility::Guid id;
-  kilncore::utility::GetHashResult(state, id);
-  return id;
+  // A uuid seen before (a sequence exported twice) can't name two items.
+  if (!uuid.IsNil() && reading.ClaimID(uuid)) return uuid;
+  // Stable across openings of the same file, and unique in it: a hash that
+  // meets an identifier already given is hashed again.
+  std::string seed = reading.Path() + "\n" + std::to_string(nodeID) + "\n" + node.attribute("id").value();
+  for (;;) {
+    kilncore::utility::HashValueMixerState state;
+    kilncore::utility::UpdateHashState(state, seed.data(), seed.size());
+    kilncore::utility::Guid id;
+    kilncore::utility::GetHashResult(state, id);
+    if (!id.IsNil() && reading.ClaimID(id)) return id;
+    seed += "\n";
+  }
 }
 
 ProjectXML::Item ReadSequence(Reading& reading, const pugi::xml_node& node) {
