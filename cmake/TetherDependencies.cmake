@@ -3,6 +3,7 @@ find_package(Threads REQUIRED)
 find_package(Boost 1.74 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
+find_package(pugixml REQUIRED)
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 
 add_library(tether_rapidjson INTERFACE)

@@ -21,7 +21,7 @@ set(TETHER_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/TetherMedia")
 
 # Shared libraries in dependency order; all are exported.
 set(TETHER_INSTALLED_LIBRARIES
-  kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle Keel DRInterfaces
+  kilncore kilnmediatypes kilnaudiotoolkit Crate SillFoundation Riffle ProjectXML Keel DRInterfaces
   tether Pane FarsideClient Wharf kilnui kilnloomfactory kilnworkspace tether_wire tether_ipc TetherMedia)
 # Interface targets that the libraries' link interfaces name.
 set(TETHER_INSTALLED_INTERFACES tether_rapidjson)

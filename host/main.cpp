@@ -9,8 +9,10 @@
 #include <host/commands/DemoCommand.h>
 #include <host/commands/ImportCommand.h>
 #include <host/commands/InfoCommand.h>
+#include <host/commands/ItemsCommand.h>
 #include <host/commands/ListCommand.h>
 #include <host/commands/PlayCommand.h>
+#include <host/commands/SegmentsCommand.h>
 #include <host/commands/SettingsCommand.h>
 
 int main(int argc, char** argv) {
@@ -22,5 +24,7 @@ int main(int argc, char** argv) {
   tetherhost::AddPlayCommand(commandLine);
   tetherhost::AddInfoCommand(commandLine);
   tetherhost::AddSettingsCommand(commandLine);
+  tetherhost::AddItemsCommand(commandLine);
+  tetherhost::AddSegmentsCommand(commandLine);
   return commandLine.Execute(argc, argv);
 }

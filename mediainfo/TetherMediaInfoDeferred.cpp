@@ -1,5 +1,5 @@
-// Operations whose server conversations (refresh, XMP and captions, render
-// quality, dependency checks, fonts) are not built yet. Until they are, each
+// Operations whose server conversations (refresh, XMP and captions,
+// dependency checks, fonts) are not built yet. Until they are, each
 // gives the answer of an item that has nothing to report, so that the host
 // treats the item as plain linked media.
 
@@ -16,8 +16,6 @@ int32_t TetherMediaInfo::ReadXMP(bool /*reservedA*/, bool /*reservedB*/, int32_t
 }
 
 kilncore::utility::Guid TetherMediaInfo::GetRuntimeGuid() { return kilncore::utility::Guid(); }
-
-bool TetherMediaInfo::GetMaximumRenderQuality() { return false; }
 
 bool TetherMediaInfo::IsSourceLinkedTo(kilncore::utility::Guid /*id*/) { return false; }
 

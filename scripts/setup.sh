@@ -17,7 +17,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config ccache git
   clang libclang-rt-14-dev
   libboost-dev rapidjson-dev libxxhash-dev libmsgpack-cxx-dev
-  libpng-dev libsndfile1-dev libcli11-dev
+  libpng-dev libsndfile1-dev libcli11-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libgtk-3-dev xvfb xdotool x11-apps netpbm
   ffmpeg

@@ -6,6 +6,7 @@
 #include <tether/wire/WireError.h>
 
 #include <kilncore/logging/Log.h>
+#include <kilncore/serialization/JSONBuild.h>
 #include <kilncore/string/UTFConversion.h>
 #include <kilncore/utility/HashValueMixerState.h>
 
@@ -523,6 +524,21 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
   }
   if (op == "source.send-request") {
     AnyValue call = Field(args, "call");
+    std::string name;
+    AnyValue arguments;
+    if (kilncore::serialization::ReadCall(call, name, arguments)) {
+      // A named call of the owning application: its item answers, or says why not.
+      AnyValue answer;
+      std::string message;
+      const int32_t code = source.item->AnswerRequest(name, arguments, answer, message);
+      if (code < 0) {
+        reply["error"] = MakeAny(code);
+        reply["message"] = MakeAny(message);
+      } else {
+        reply["reply"] = answer ? answer : MakeAny(tether::AnyObject{});
+      }
+      return kStatusOK;
+    }
     if (call && std::any_cast<tether::AnyObject>(call.get()) && AsObject(call).count("fail")) {
       reply["error"] = MakeAny(7);
       reply["message"] = MakeAny(std::string("the request asked to fail"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tether/AnyTree.h>
 #include <tether/AudioRenderOptions.h>
 #include <tether/CaptionData.h>
 #include <tether/FarsideAssetRequestInfo.h>
@@ -46,11 +47,23 @@ class SessionItem {
   // The item's captions; empty when it has none.
   virtual tether::CaptionData Captions() const { return {}; }
 
+  // Answers the owning application's named request `name` (the method of a
+  // call made by kilncore::serialization::BuildCall) with its `arguments`.
+  // 0 with the answer in `reply`, or a negative code with a message for the
+  // user in `message`. By default no name is known.
+  virtual int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
+                                std::string& message) const;
+
   // Test hooks of the synthetic content: requests that are never answered,
   // to test what a client does with requests in flight.
   virtual bool HangsRenders() const { return false; }
   virtual bool HangsRendererCreation(const tether::VideoRenderOptions&) const { return false; }
 };
+
+// The code of a named request whose name the item doesn't know, and of one
+// whose arguments aren't what the name asks for.
+inline constexpr int32_t kUnknownRequest = -2;
+inline constexpr int32_t kMalformedRequest = -3;
 
 // A project that a session opened.
 class SessionProject {

@@ -1,17 +1,26 @@
 #pragma once
 
+#include "OwnerHandler.h"
 #include "SessionContent.h"
+
+#include <map>
+#include <memory>
+#include <string>
 
 namespace tetherserver {
 
-// The content of the reference server: Marl-family project files opened by
-// the project model (server/project) and drawn by the renderer
-// (server/render). Paths ending in ".synthetic" open the built-in synthetic
-// project instead (SessionSyntheticContent), for tests and benchmarks of the
-// link itself.
+// What the reference server serves: one OwnerHandler per owning application,
+// chosen by the application name that a typed server asks for. The session
+// knows no application; this is the one place that lists them.
 class SessionProjectContent : public SessionContent {
  public:
+  // The reference server's handlers: Marl (server/marl), the host
+  // application's own projects (server/tolmen), and Easel's plain files, which
+  // are Marl-family files until Easel has a handler of its own.
   SessionProjectContent();
+
+  // Adds or replaces the handler of its application.
+  void Add(std::shared_ptr<const OwnerHandler> handler);
 
   bool SupportsApplication(const std::string& application) const override;
   std::shared_ptr<const SessionProject> OpenProject(const std::string& application, const tether::File& file,
@@ -25,7 +34,9 @@ class SessionProjectContent : public SessionContent {
                                                       int32_t& status) const override;
 
  private:
-  std::shared_ptr<const SessionContent> mSynthetic;
+  const OwnerHandler* Find(const std::string& application) const;
+
+  std::map<std::string, std::shared_ptr<const OwnerHandler>> mHandlers;
 };
 
 }  // namespace tetherserver

@@ -2,6 +2,7 @@
 
 #include <source/AcceleratedRange.h>
 #include <source/ClipStreamEntry.h>
+#include <source/NamedRequests.h>
 #include <source/PendingRender.h>
 #include <source/VideoRendererEntry.h>
 
@@ -16,6 +17,7 @@
 #include <kilnaudiotoolkit/AudioBuffer.h>
 #include <kilncore/allocator/MemoryRecycler.h>
 #include <kilncore/async/FuturePromisePair.h>
+#include <kilncore/serialization/JSONTypes.h>
 #include <kilncore/threads/RecursiveMutex.h>
 #include <kilncore/utility/Guid.h>
 #include <tether/AudioRenderer.h>
@@ -28,6 +30,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -266,8 +269,12 @@ class TetherSource final : public RL::ISource,
 
   // --- RL::ISmartRenderSegmentInfo
 
-  // Not yet asking the server: leaves `outSegments` as it came, as for an item
-  // outside a host project.
+  // Asks a host project's (or Final Cut Pro XML file's) server which stretches
+  // of [start, end) can be taken over from existing media, and gives each
+  // segment's clip as the callback instance id of a per-clip stream (one per
+  // clip, kept until this source goes). `flagA` and `flagB` go to the server
+  // as they came. Other items, and a failed request, leave `outSegments` as it
+  // came.
   void DetermineSmartRenderSegmentsInRange(kilnmediatypes::TickTime start, kilnmediatypes::TickTime end,
                                            const kilnmediatypes::PixelFormat& format, bool flagA, bool flagB,
                                            int32_t reserved,
@@ -394,8 +401,26 @@ class TetherSource final : public RL::ISource,
                            std::shared_ptr<processcoordination::BinaryReference>& outBlock);
   // Moves the reader on by `frames`; at the end of the item, closes it.
   void AdvanceAudioReader(int64_t frames);
-  // Until the server's named requests are asked, these only clear their
-  // dirty flags: an item outside a host project has nothing to fetch.
+  using ReplyReader = NamedRequests::ReplyReader;
+  using CallBuilder = std::function<kilncore::serialization::JSONValuePtr(const tether::Source& source)>;
+  using TableReplacer = std::function<void(TetherSource& self, const std::shared_ptr<std::any>& reply)>;
+
+  // Sends the named `call` to `source` as a request of this source and waits
+  // for it. `read` runs on the client's thread with the reply; a reply it
+  // can't read (std::bad_any_cast) fails the request. The wait's result.
+  int32_t SendNamedRequest(tether::Source& source, const kilncore::serialization::JSONValuePtr& call,
+                           const ReplyReader& read);
+  static std::string NamedRequestName(const kilncore::serialization::JSONValuePtr& call);
+  // Replaces each segment's clip by the instance id of a per-clip stream of
+  // it, made on first sight of the clip.
+  void ResolveClipStreams(const std::shared_ptr<tether::Source>& source,
+                          std::map<kilnmediatypes::TickTime, RL::SmartRenderSegment>& segments);
+  // Fetches a table that a host project's server keeps for this item when
+  // the flag `dirty` is set (and clears it): `replace` gets the reply. Other
+  // items have nothing to fetch; a failure keeps the old table.
+  void RefreshFromServer(bool TetherSource::*dirty, const CallBuilder& build, const TableReplacer& replace);
+  // The pixel formats of the accelerated renderer by time, and the still
+  // ranges, from the server; each fetched on first use after a change.
   void RefreshAcceleratedTimelineData();
   void RefreshStillRanges();
 

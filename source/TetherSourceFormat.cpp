@@ -147,16 +147,6 @@ std::vector<kilnmediatypes::PixelFormat> TetherSource::GetOfferedPixelFormats(Ti
   return native;
 }
 
-void TetherSource::RefreshAcceleratedTimelineData() {
-  ScopedRecursiveLock lock(mStateMutex);
-  mAcceleratedDataDirty = false;
-}
-
-void TetherSource::RefreshStillRanges() {
-  ScopedRecursiveLock lock(mStateMutex);
-  mStillRangesDirty = false;
-}
-
 void TetherSource::ReplaceAcceleratedRanges(std::map<TickTime, AcceleratedRange> ranges) {
   AcceleratedRangeMap replacement(std::make_move_iterator(ranges.begin()), std::make_move_iterator(ranges.end()));
   ScopedRecursiveLock lock(mStateMutex);

@@ -8,10 +8,8 @@ namespace TetherMedia {
 using kilncore::threads::ScopedRecursiveLock;
 using kilnmediatypes::TickTime;
 
-// Still ranges and smart-render segments come from named requests to a host
-// project's server. Until those requests are made, the tables stay as they
-// are for an item outside a host project: no still ranges, no segments. The
-// lookups below already work on whatever ranges the table holds.
+// The lookups of the still ranges that a host project's server gave
+// (TetherSourceServerRequests.cpp fetches them).
 
 void TetherSource::ReplaceStillRanges(std::vector<TimeRange> ranges) {
   ScopedRecursiveLock lock(mStateMutex);
@@ -48,9 +46,5 @@ int32_t TetherSource::GetStillRangesInRange(TickTime start, TickTime end, std::v
   }
   return 0;
 }
-
-void TetherSource::DetermineSmartRenderSegmentsInRange(TickTime, TickTime, const kilnmediatypes::PixelFormat&, bool,
-                                                       bool, int32_t,
-                                                       std::map<TickTime, RL::SmartRenderSegment>&) {}
 
 }  // namespace TetherMedia

@@ -20,14 +20,11 @@ struct ProjectXmlItem {
   std::vector<ProjectXmlItem> children;
 };
 
-// Writes the export text: an XML declaration, then
+// Writes the export text with pugixml: an XML declaration, then
 //   <tetherProject version="1" file="...">  items  </tetherProject>
 // with `<folder id name>` and `<composition id name ...>` elements, two spaces
 // of indentation a level, texts escaped. The layout is part of the protocol
 // (docs/protocol.md), so that a reader can rely on it.
 std::string WriteProjectXml(const std::string& projectPath, const std::vector<ProjectXmlItem>& items);
-
-// `text` with &, <, >, " and ' escaped for an attribute value.
-std::string EscapeXmlAttribute(const std::string& text);
 
 }  // namespace tetherserver

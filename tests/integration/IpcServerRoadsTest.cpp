@@ -433,14 +433,14 @@ TEST_P(IpcServerRoadsTest, ItemsAsXMLDescribeTheNamedItemsWithTheirFolders) {
       "<tetherProject version=\"1\" file=\"" + kExamples + "/nested.marlp\">\n"
       "  <composition id=\"C0000000-0000-4000-8000-000000000004\" name=\"Preview 720p59.94\" width=\"1280\" "
       "height=\"720\" frameRate=\"60000/1001\" durationFrames=\"600\" contentState=\"" +
-      state("C0000000-0000-4000-8000-000000000004") + "\"/>\n"
+      state("C0000000-0000-4000-8000-000000000004") + "\" />\n"
       "  <folder id=\"A0000000-0000-4000-8000-000000000002\" name=\"Versions\">\n"
       "    <composition id=\"C0000000-0000-4000-8000-000000000002\" name=\"Vertical 1080x1920 30\" width=\"1080\" "
       "height=\"1920\" frameRate=\"30/1\" durationFrames=\"300\" contentState=\"" +
-      state("C0000000-0000-4000-8000-000000000002") + "\"/>\n"
+      state("C0000000-0000-4000-8000-000000000002") + "\" />\n"
       "    <composition id=\"C0000000-0000-4000-8000-000000000003\" name=\"SD 720x480 29.97 lower field\" "
       "width=\"720\" height=\"480\" frameRate=\"30000/1001\" durationFrames=\"150\" contentState=\"" +
-      state("C0000000-0000-4000-8000-000000000003") + "\"/>\n"
+      state("C0000000-0000-4000-8000-000000000003") + "\" />\n"
       "  </folder>\n"
       "</tetherProject>\n";
   EXPECT_EQ(xml, expected);

@@ -1,0 +1,7 @@
+#include <KL/IClipProjectItem.h>
+
+namespace KL {
+
+IClipProjectItem::~IClipProjectItem() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IMasterClip.h>
+
+namespace KL {
+
+IMasterClip::~IMasterClip() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/INode.h>
+
+namespace KL {
+
+INode::~INode() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IProject.h>
+
+namespace KL {
+
+IProject::~IProject() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IProjectItemContainer.h>
+
+namespace KL {
+
+IProjectItemContainer::~IProjectItemContainer() = default;
+
+}  // namespace KL

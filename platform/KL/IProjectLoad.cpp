@@ -1,0 +1,9 @@
+#include <KL/IProjectLoad.h>
+
+namespace KL {
+
+IProjectLoadStatus::~IProjectLoadStatus() = default;
+
+IProjectLoadSupport::~IProjectLoadSupport() = default;
+
+}  // namespace KL

@@ -1,0 +1,7 @@
+#include <KL/IProperties.h>
+
+namespace KL {
+
+IProperties::~IProperties() = default;
+
+}  // namespace KL

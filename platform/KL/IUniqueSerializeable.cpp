@@ -1,0 +1,7 @@
+#include <KL/IUniqueSerializeable.h>
+
+namespace KL {
+
+IUniqueSerializeable::~IUniqueSerializeable() = default;
+
+}  // namespace KL

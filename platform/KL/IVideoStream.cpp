@@ -1,0 +1,7 @@
+#include <KL/IVideoStream.h>
+
+namespace KL {
+
+IVideoStream::~IVideoStream() = default;
+
+}  // namespace KL

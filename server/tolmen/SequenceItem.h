@@ -1,0 +1,71 @@
+#pragma once
+
+#include "SessionContent.h"
+
+#include <server/project/Composition.h>
+#include <server/render/RenderSettings.h>
+#include <server/tolmen/MediaCache.h>
+#include <server/tolmen/SequenceTimeline.h>
+
+#include <ProjectXML/ProjectDocument.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tetherserver {
+
+// One sequence of a host project, as a source of the server.
+//
+// A frame shows the topmost enabled video clip at its time: a PNG image (a
+// still, or the frame of an image sequence) scaled to the frame; media that is
+// missing or can't be read as an offline slate (dark red, with the clip's
+// source timecode); a gap black. Audio mixes the enabled clips of every audio
+// track: a WAV file's samples, or else a 440 Hz tone at a quarter of full
+// scale; gaps are silence. Every frame carries the frame stamp. A render whose
+// application options are a clip number (a per-clip stream of smart
+// rendering) shows that clip alone, where it stands in the sequence. The rules are
+// in docs/project-format.md, "Rendering a sequence".
+class SequenceItem : public SessionItem {
+ public:
+  // `projectFile` names the project file; `media` is shared by the items of
+  // one opened project.
+  SequenceItem(const ProjectXML::Item& item, const tether::File& projectFile, std::shared_ptr<MediaCache> media);
+
+  tether::SourceInfo Describe() const override;
+  size_t FrameBytes(const tether::VideoRenderOptions& options) const override;
+  int32_t RenderFrame(const tether::VideoRenderOptions& options, const tether::RatioTime& time,
+                      unsigned char* target, size_t size) const override;
+  int32_t RenderAudio(const tether::AudioRenderOptions& options, int64_t start, uint32_t frames,
+                      float* target) const override;
+  uint32_t SampleRate(const tether::AudioRenderOptions& options) const override;
+  int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
+                        std::string& message) const override;
+
+  const SequenceTimeline& GetTimeline() const { return mTimeline; }
+
+ private:
+  // The sequence as a composition without layers: what the frame size, rate,
+  // field order, render options and stamp are resolved against.
+  static Composition MakeView(const ProjectXML::Item& item);
+  void DrawFrame(const SequenceTimeline& timeline, int64_t ticks, const RenderSettings& settings,
+                 const FrameBuffer& target) const;
+  // The clip number of a per-clip render (app-specific options that are a
+  // decimal number), or nothing for a render of the whole sequence.
+  static std::optional<uint32_t> ClipNumberOf(const kilncore::WideString& options);
+  // Whether `clip`'s media can be taken over unchanged at `frame`: a moving
+  // picture (not a still) whose frames are readable images of the sequence's
+  // size. The server's pictures are 8-bit and unfiltered.
+  bool TakesOverMedia(const ProjectXML::Clip& clip, int64_t frame) const;
+  // The values of the named requests' replies.
+  tether::AnyArray SmartRenderSegments(int64_t startTicks, int64_t endTicks) const;
+  tether::AnyArray AcceleratedRanges(bool usePreviewFiles) const;
+  tether::AnyArray StillRanges() const;
+
+  const tether::File mProjectFile;
+  const Composition mView;
+  const SequenceTimeline mTimeline;
+  const std::shared_ptr<MediaCache> mMedia;
+};
+
+}  // namespace tetherserver

@@ -1,0 +1,85 @@
+// `tetherhost items` and `tetherhost segments` as a user runs them, against the
+// reference server.
+#include <kilncore/utility/Guid.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Runs tetherhost with `arguments` and gives its exit status and its output,
+// both streams together.
+std::pair<int, std::string> RunTetherhost(const std::string& arguments) {
+  const std::string command = "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
+                              std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " 2>&1 </dev/null";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  std::string output;
+  char buffer[4096];
+  while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, read);
+  const int raw = ::pclose(pipe);
+  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, output};
+}
+
+const fs::path kHost = fs::path(TETHER_TEST_EXAMPLES_FOLDER) / "host";
+const std::string kEdit = "'" + (fs::path(TETHER_TEST_EXAMPLES_FOLDER) / "host" / "edit.tlmproj").string() + "'";
+
+TEST(ItemsCommandTest, PrintsTheLoadedItemsWithTheirMarks) {
+  const auto [status, output] = RunTetherhost("items " + kEdit + " --ids 5E7A1C0D-0000-4000-8000-000000000011");
+  ASSERT_EQ(status, 0) << output;
+  // The sequence is imported; the clips it shows come along, not imported,
+  // and the interview's read-only mark stays as the project has it.
+  EXPECT_NE(output.find("node 11  sequence Main 1080p25  imported, was 5E7A1C0D-0000-4000-8000-000000000011"),
+            std::string::npos)
+      << output;
+  EXPECT_NE(output.find("node 21  clip Title card  not imported: true\n"), std::string::npos) << output;
+  EXPECT_NE(output.find("node 22  clip Interview  not imported: false (read-only)\n"), std::string::npos) << output;
+}
+
+TEST(ItemsCommandTest, UnknownItemsMissingFilesAndBadIdentifiersFailInOneLine) {
+  const auto unknown = RunTetherhost("items " + kEdit + " --ids " + kilncore::utility::Guid::CreateUnique().AsUTF8String());
+  EXPECT_EQ(unknown.first, 1);
+  EXPECT_NE(unknown.second.find("tetherhost: the items of"), std::string::npos) << unknown.second;
+  const auto missing = RunTetherhost("items /no/such/project.tlmproj --ids 5E7A1C0D-0000-4000-8000-000000000011");
+  EXPECT_EQ(missing.first, 1);
+  EXPECT_EQ(missing.second, "tetherhost: no such file: /no/such/project.tlmproj (0xA00F0003, file missing)\n");
+  const auto bad = RunTetherhost("items " + kEdit + " --ids junk");
+  EXPECT_EQ(bad.first, 2);
+  EXPECT_EQ(bad.second, "tetherhost: not an item identifier: junk\n");
+}
+
+TEST(SegmentsCommandTest, PrintsTwoSegmentsOfOneClipWithOneStreamAndTheStillRange) {
+  const auto [status, output] =
+      RunTetherhost("segments '" + (kHost / "smart.tlmproj").string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000A1");
+  ASSERT_EQ(status, 0) << output;
+  const std::string shot = (kHost / "shot.png").string();
+  int first = 0;
+  int second = 0;
+  char path[512] = {};
+  const size_t at = output.find("segments");
+  ASSERT_NE(at, std::string::npos) << output;
+  ASSERT_EQ(std::sscanf(output.c_str() + at,
+                        "segments (frames, clip stream instance id, media frames, file):\n  0-10  %d  100-110  %511s\n"
+                        "  20-40  %d  120-140",
+                        &first, path, &second),
+            3)
+      << output;
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(path, shot);
+  EXPECT_NE(output.find("still ranges (frames):\n  10-20\n"), std::string::npos) << output;
+}
+
+TEST(SegmentsCommandTest, BadRangesAreUsageErrors) {
+  const auto [status, output] =
+      RunTetherhost("segments '" + (kHost / "smart.tlmproj").string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000A1 --range 9-3");
+  EXPECT_EQ(status, 2);
+  EXPECT_EQ(output, "tetherhost: not a frame range A-B: 9-3\n");
+}
+
+}  // namespace
