@@ -1,6 +1,6 @@
 #include <mediainfo/TetherMediaInfo.h>
 
-#include <mediainfo/ServerWait.h>
+#include <requests/ServerWait.h>
 #include <source/NamedRequests.h>
 
 #include <WF/ImportableFileTypeUtils.h>
