@@ -51,7 +51,7 @@ TEST(ItemsCommandTest, UnknownItemsMissingFilesAndBadIdentifiersFailInOneLine) {
   EXPECT_EQ(missing.second, "tetherhost: no such file: /no/such/project.tlmproj (0xA00F0003, file missing)\n");
   const auto bad = RunTetherhost("items " + kEdit + " --ids junk");
   EXPECT_EQ(bad.first, 2);
-  EXPECT_EQ(bad.second, "tetherhost: not an item identifier: junk\n");
+  EXPECT_EQ(bad.second, "tetherhost: not an item identifier: junk (see 'tetherhost items --help')\n");
 }
 
 TEST(SegmentsCommandTest, PrintsTwoSegmentsOfOneClipWithOneStreamAndTheStillRange) {
@@ -79,7 +79,7 @@ TEST(SegmentsCommandTest, BadRangesAreUsageErrors) {
   const auto [status, output] =
       RunTetherhost("segments '" + (kHost / "smart.tlmproj").string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000A1 --range 9-3");
   EXPECT_EQ(status, 2);
-  EXPECT_EQ(output, "tetherhost: not a frame range A-B: 9-3\n");
+  EXPECT_EQ(output, "tetherhost: not a frame range A-B: 9-3 (see 'tetherhost segments --help')\n");
 }
 
 }  // namespace
