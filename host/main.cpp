@@ -23,6 +23,8 @@
 #include <host/commands/ListCommand.h>
 #include <host/commands/PlayCommand.h>
 #include <host/session/HostSession.h>
+#include <host/session/ServerLossWatch.h>
+#include <tether/ServerFailure.h>
 
 #include <chrono>
 #include <cstdio>
@@ -151,7 +153,14 @@ int main(int argc, char** argv) {
     if (*importCommand) return tetherhost::RunImport(session, import);
     if (*playCommand) return tetherhost::RunPlay(session, play);
   } catch (const tetherhost::HostError& e) {
-    std::fprintf(stderr, "tetherhost: %s\n", e.Describe().c_str());
+    // A lost server is the cause of whatever failed after it; else the
+    // server's own reason, when it gave one, completes the module's code.
+    const auto loss = tetherhost::ServerLossWatch::LossLine();
+    std::string line = loss ? *loss : e.Describe();
+    if (const auto failure = tether::LastServerFailure(); failure && !loss) {
+      line += ": " + failure->message;
+    }
+    std::fprintf(stderr, "tetherhost: %s\n", line.c_str());
     return 1;
   } catch (const std::invalid_argument& e) {
     std::fprintf(stderr, "tetherhost: %s\n", e.what());

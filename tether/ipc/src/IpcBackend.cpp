@@ -9,6 +9,7 @@
 
 #include <kilncore/logging/Log.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <mutex>
 
@@ -29,12 +30,14 @@ struct IpcBackend::Impl : std::enable_shared_from_this<Impl> {
   std::shared_ptr<Connection> connection;
   pid_t pid = 0;
   bool shutDown = false;
+  ServerLossListener lossListener;
 
   // The connection, made now if there is none or it broke. Null if no server
   // can be reached. Serialised, so that one server is started, not several.
   std::shared_ptr<Connection> EnsureConnection();
   wire::UniqueFd Connect(pid_t& started);
-  void ServerGone(pid_t started);
+  void ServerGone(pid_t started, const std::string& reason);
+  void RequestLost(pid_t started, const std::string& op);
   void Shutdown();
 
   template <class Typed, class Callback>
@@ -73,9 +76,18 @@ std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
   }
   std::weak_ptr<Impl> weak = weak_from_this();
   Connection::Options connectionOptions{options.heartbeatInterval, options.heartbeatTimeout};
-  fresh = Connection::Start(std::move(socket), executor, connectionOptions, [weak, started] {
+  // Only a connection that came up can be lost; one that fails its
+  // handshake fails the creation that wanted it, and that is all.
+  auto established = std::make_shared<std::atomic<bool>>(false);
+  fresh = Connection::Start(std::move(socket), executor, connectionOptions,
+                            [weak, started, established](const std::string& why) {
+                              if (auto self = weak.lock(); self && established->load()) {
+                                self->ServerGone(started, why);
+                              }
+                            });
+  fresh->OnRequestLost([weak, started](const std::string& op) {
     if (auto self = weak.lock()) {
-      self->ServerGone(started);
+      self->RequestLost(started, op);
     }
   });
   if (!fresh->Handshake(std::max(options.heartbeatTimeout, kMinimumHandshakeWait))) {
@@ -83,6 +95,7 @@ std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
     EndServer(started, true);
     return nullptr;
   }
+  established->store(true);
   connection = fresh;
   pid = started;
   return fresh;
@@ -111,19 +124,48 @@ wire::UniqueFd IpcBackend::Impl::Connect(pid_t& started) {
 }
 
 // A broken connection's server is of no more use; a stuck one is killed, so
-// that it doesn't linger beside the fresh one.
-void IpcBackend::Impl::ServerGone(pid_t started) {
-  if (started == 0) {
-    return;
-  }
+// that it doesn't linger beside the fresh one. Whoever installed a listener
+// hears of it, unless the backend is ending.
+void IpcBackend::Impl::ServerGone(pid_t started, const std::string& reason) {
+  ServerLossListener listener;
+  bool ours = false;
   {
     std::lock_guard lock(mutex);
-    if (pid != started) {
-      return;  // already ended by whoever replaced the connection
+    if (shutDown) {
+      return;
     }
-    pid = 0;
+    listener = lossListener;
+    ours = started != 0 && pid == started;
+    if (ours) {
+      pid = 0;
+    }
   }
-  EndServer(started, true);
+  ServerLoss loss{started, reason, {}};
+  if (ours) {
+    // A stuck server is ended at once; one that closed its end is dying.
+    std::string ended = DescribeEndedServer(started, reason.rfind(kClosedByServer, 0) == 0);
+    if (!ended.empty()) {
+      loss.reason += "; " + ended;
+    }
+    EndServer(started, true);
+  }
+  if (listener) {
+    listener(loss);
+  }
+}
+
+void IpcBackend::Impl::RequestLost(pid_t started, const std::string& op) {
+  ServerLossListener listener;
+  {
+    std::lock_guard lock(mutex);
+    if (shutDown) {
+      return;
+    }
+    listener = lossListener;
+  }
+  if (listener) {
+    listener(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
+  }
 }
 
 void IpcBackend::Impl::Shutdown() {
@@ -197,6 +239,11 @@ void IpcBackend::CreateEaselServer(EaselServer::CreateCallback callback) {
 
 void IpcBackend::CreateDarkslideServer(DarkslideServer::CreateCallback callback) {
   mImpl->CreateTyped<IpcDarkslideServer>("Darkslide", std::move(callback), kServerConnectionTypeDefault);
+}
+
+void IpcBackend::SetServerLossListener(ServerLossListener listener) {
+  std::lock_guard lock(mImpl->mutex);
+  mImpl->lossListener = std::move(listener);
 }
 
 pid_t IpcBackend::ServerProcessId() const {

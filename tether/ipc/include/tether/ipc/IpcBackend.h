@@ -45,6 +45,24 @@ struct IpcBackendOptions {
 // server where the backend starts them).
 class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBackend> {
  public:
+  // A connection to a server that broke while the backend was in use, or one
+  // request that its server never received (the connection stays up).
+  struct ServerLoss {
+    // The server process this backend started, or 0 (a server started by
+    // hand, or an in-process one).
+    pid_t pid = 0;
+    // What happened, in words: "the server closed the connection; it was
+    // killed by signal 9 (Killed)", "the server stopped answering (...)".
+    std::string reason;
+    // The lost request's operation; empty when the whole server was lost.
+    std::string operation;
+  };
+  // Called once per lost connection, and once per lost request, on a library
+  // thread, after the requests concerned have failed. What a host does then is in docs/protocol.md ("When a
+  // server goes"): a request the module waits on for a renderer that can no
+  // longer come ends only through CancelPendingRequests.
+  using ServerLossListener = std::function<void(const ServerLoss&)>;
+
   // Makes a connected socket; an invalid descriptor means no server can be had.
   using Connector = std::function<wire::UniqueFd()>;
 
@@ -63,6 +81,10 @@ class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBacken
   void CreateTolmenServer(TolmenServer::CreateCallback callback, ServerConnectionType type) override;
   void CreateEaselServer(EaselServer::CreateCallback callback) override;
   void CreateDarkslideServer(DarkslideServer::CreateCallback callback) override;
+
+  // Installs the listener told of every lost server from now on (replacing
+  // the previous one; empty: none). Not told when the backend itself ends.
+  void SetServerLossListener(ServerLossListener listener);
 
   // The process id of the server this backend started for its current
   // connection, or 0.
