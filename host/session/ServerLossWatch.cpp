@@ -16,11 +16,27 @@ std::optional<std::string> gLossLine;
 // frame) is cancelled by the next round.
 constexpr std::chrono::milliseconds kCancelRound{50};
 
+constexpr char kVideoRendererOperation[] = "source.get-video-renderer";
+// Reported as a lost request already.
+constexpr int32_t kLostStatus = 8;
+
 std::shared_ptr<tether::ipc::IpcBackend> InstalledIpcBackend() {
   return std::dynamic_pointer_cast<tether::ipc::IpcBackend>(tether::GetBackend());
 }
 
 }  // namespace
+
+// Through the global, under its lock: a watch that is going away is never
+// reached.
+void ServerLossWatch::Report(const std::string& line) {
+  std::lock_guard lock(gMutex);
+  if (!gLossLine) {
+    gLossLine = line;
+  }
+  if (gWatch) {
+    gWatch->OnLoss();
+  }
+}
 
 ServerLossWatch::ServerLossWatch() {
   {
@@ -29,14 +45,14 @@ ServerLossWatch::ServerLossWatch() {
   }
   if (auto backend = InstalledIpcBackend()) {
     backend->SetServerLossListener([](const tether::ipc::IpcBackend::ServerLoss& loss) {
-      // Through the global, under its lock: a watch that is going away is
-      // never reached.
-      std::lock_guard lock(gMutex);
-      if (!gLossLine) {
-        gLossLine = (loss.operation.empty() ? "lost the link's server: " : "the link lost a request: ") + loss.reason;
-      }
-      if (gWatch) {
-        gWatch->OnLoss();
+      Report((loss.operation.empty() ? "lost the link's server: " : "the link lost a request: ") + loss.reason);
+    });
+    // Without a video renderer the module waits for its frames until they
+    // are cancelled: a refused renderer ends the command like a lost server.
+    backend->SetRequestFailureListener([](const tether::ServerFailure& failure) {
+      if (failure.operation == kVideoRendererOperation && failure.status != kLostStatus) {
+        Report("the server can't render this clip's video: " +
+               (failure.message.empty() ? "status " + std::to_string(failure.status) : failure.message));
       }
     });
   }
@@ -45,6 +61,7 @@ ServerLossWatch::ServerLossWatch() {
 ServerLossWatch::~ServerLossWatch() {
   if (auto backend = InstalledIpcBackend()) {
     backend->SetServerLossListener(nullptr);
+    backend->SetRequestFailureListener(nullptr);
   }
   {
     std::lock_guard lock(gMutex);

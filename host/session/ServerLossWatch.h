@@ -13,7 +13,8 @@
 namespace tetherhost {
 
 // What this host does when the link loses its server (or a request that the
-// server never received), as a real host must.
+// server never received, or the server refuses the clip's video renderer), as
+// a real host must.
 //
 // The module waits for a renderer or a frame until CancelPendingRequests or
 // its 24-hour limit: a server that dies while a renderer is being made leaves
@@ -41,6 +42,7 @@ class ServerLossWatch {
   static std::optional<std::string> LossLine();
 
  private:
+  static void Report(const std::string& line);
   void OnLoss();
   void CancelUntilStopped();
   void CancelAll();

@@ -62,6 +62,32 @@ TEST_P(IpcHostFaultTest, ImportEndsWithOneLineNamingTheLoss) {
   EXPECT_NE(run.hostLines[0].find(GetParam().expected), std::string::npos) << run.hostLines[0];
 }
 
+TEST(IpcHostFaultTest, FrameLargerThanTheClientMapsEndsTheImportWithTheServersReason) {
+  // A 16384 x 16384 composition in float: 4 GiB a frame, twice what the
+  // client maps. The server refuses the renderer before allocating it.
+  char pattern[] = "/tmp/tether-host-huge-XXXXXX";
+  const fs::path folder = ::mkdtemp(pattern);
+  std::ifstream sample(TETHER_TEST_EXAMPLES_FOLDER "/simple.marlp");
+  std::stringstream text;
+  text << sample.rdbuf();
+  std::string project = text.str();
+  for (const auto& [from, to] : {std::pair<std::string, std::string>{"\"width\": 1920", "\"width\": 16384"},
+                                 {"\"height\": 1080", "\"height\": 16384"}}) {
+    const size_t at = project.find(from);
+    ASSERT_NE(at, std::string::npos);
+    project.replace(at, from.size(), to);
+  }
+  std::ofstream((folder / "huge.marlp").string()) << project;
+  HostRun run = RunHostWithFault("none:nothing:1", "import " + (folder / "huge.marlp").string() +
+                                                       " --frames 0 --format rgba32f");
+  fs::remove_all(folder);
+  EXPECT_EQ(run.status, 1);
+  ASSERT_EQ(run.hostLines.size(), 1u);
+  EXPECT_NE(run.hostLines[0].find("a frame of 4096 MiB is larger than the 2048 MiB the client maps"),
+            std::string::npos)
+      << run.hostLines[0];
+}
+
 void PrintTo(const HostFault& fault, std::ostream* out) { *out << fault.fault; }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -152,13 +152,11 @@ void Connection::FailLostRequests(const AnyValue& pong) {
     }
   }
   for (auto& pending : lost) {
-    RecordServerFailure(ServerFailure{pending.op, wire::kStatusRequestLost,
-                                      "the server never received this request (lost on the way)"});
-    const std::string op = pending.op;
+    ServerFailure failure{pending.op, wire::kStatusRequestLost,
+                          "the server never received this request (lost on the way)"};
+    RecordServerFailure(failure);
     Fail(std::move(pending), wire::kStatusRequestLost);
-    if (mOnLost) {
-      mExecutor->Post([onLost = mOnLost, op] { onLost(op); });
-    }
+    NotifyFailure(std::move(failure));
   }
 }
 
@@ -316,8 +314,11 @@ void Connection::HandleReply(wire::Message& message) {
     mPending.erase(it);
   }
   if (message.status != wire::kStatusOK) {
-    RecordReason(pending.op, message);
+    // Recorded first, so that a callback that asks why finds the reason.
+    ServerFailure failure = FailureOf(pending.op, message);
+    RecordServerFailure(failure);
     Fail(std::move(pending), message.status);
+    NotifyFailure(std::move(failure));
     return;
   }
   Completion completion;
@@ -332,16 +333,26 @@ void Connection::HandleReply(wire::Message& message) {
   mExecutor->Post(std::move(completion));
 }
 
-void Connection::RecordReason(const std::string& op, const wire::Message& message) {
+ServerFailure Connection::FailureOf(const std::string& op, const wire::Message& message) {
+  ServerFailure failure{op, message.status, {}};
   const auto* body = message.body ? std::any_cast<AnyObject>(message.body.get()) : nullptr;
   if (!body) {
-    return;
+    return failure;
   }
   auto it = body->find("message");
-  const auto* text = it != body->end() && it->second ? std::any_cast<std::string>(it->second.get()) : nullptr;
-  if (text) {
-    RecordServerFailure(ServerFailure{op, message.status, *text});
+  if (it != body->end() && it->second) {
+    if (const auto* text = std::any_cast<std::string>(it->second.get())) {
+      failure.message = *text;
+    }
   }
+  return failure;
+}
+
+void Connection::NotifyFailure(ServerFailure failure) {
+  if (failure.status == wire::kStatusRenderCancelled || !mOnFailed) {
+    return;  // a cancelled render got the answer its canceller asked for
+  }
+  mExecutor->Post([onFailed = mOnFailed, failure = std::move(failure)] { onFailed(failure); });
 }
 
 void Connection::HandleNotice(const wire::Message& message) {

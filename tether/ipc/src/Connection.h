@@ -3,6 +3,7 @@
 #include "CallbackExecutor.h"
 
 #include <tether/AnyTree.h>
+#include <tether/ServerFailure.h>
 #include <tether/wire/Channel.h>
 #include <tether/wire/MappedBuffer.h>
 
@@ -74,9 +75,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Call(const std::string& op, AnyValue body, Decoder decode, Failer fail);
   // Sends a one-way notice; dropped silently on a broken connection.
   void Notify(const std::string& op, AnyValue body);
-  // Told (on a library thread) of each request that the lost-request rule
-  // failed, by operation. Set before the first Call.
-  void OnRequestLost(std::function<void(const std::string& op)> handler) { mOnLost = std::move(handler); }
+  // Told (on a library thread, after its callback was posted) of each
+  // request that failed for good: the server's failure status and reason, or
+  // status 8 for a request the lost-request rule failed. Not of cancelled
+  // renders, nor of requests failed by a break. Set before the first Call.
+  using FailureHandler = std::function<void(const ServerFailure& failure)>;
+  void OnRequestFailed(FailureHandler handler) { mOnFailed = std::move(handler); }
   // Receives the notices of `op` that the server sends.
   void OnNotice(const std::string& op, NoticeHandler handler);
   // Receives the notices whose body names server object `handle` and that no
@@ -123,7 +127,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void HandleReply(wire::Message& message);
   void HandleNotice(const wire::Message& message);
   // Keeps the server's reason for a failed request (tether::ServerFailure).
-  static void RecordReason(const std::string& op, const wire::Message& message);
+  // Why `op` failed, as the reply says; the message is empty when the server
+  // gave no reason.
+  static ServerFailure FailureOf(const std::string& op, const wire::Message& message);
+  void NotifyFailure(ServerFailure failure);
   void Fail(Pending pending, int32_t status);
   void JoinThreads();
 
@@ -132,7 +139,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   const Options mOptions;
   std::shared_ptr<ConnectionBuffers> mBuffers;
   BreakHandler mOnBreak;
-  std::function<void(const std::string& op)> mOnLost;
+  FailureHandler mOnFailed;
 
   std::mutex mMutex;
   std::atomic<bool> mBroken{false};

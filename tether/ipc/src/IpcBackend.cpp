@@ -31,13 +31,14 @@ struct IpcBackend::Impl : std::enable_shared_from_this<Impl> {
   pid_t pid = 0;
   bool shutDown = false;
   ServerLossListener lossListener;
+  RequestFailureListener failureListener;
 
   // The connection, made now if there is none or it broke. Null if no server
   // can be reached. Serialised, so that one server is started, not several.
   std::shared_ptr<Connection> EnsureConnection();
   wire::UniqueFd Connect(pid_t& started);
   void ServerGone(pid_t started, const std::string& reason);
-  void RequestLost(pid_t started, const std::string& op);
+  void RequestFailed(pid_t started, const ServerFailure& failure);
   void Shutdown();
 
   template <class Typed, class Callback>
@@ -85,9 +86,9 @@ std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
                                 self->ServerGone(started, why);
                               }
                             });
-  fresh->OnRequestLost([weak, started](const std::string& op) {
+  fresh->OnRequestFailed([weak, started](const ServerFailure& failure) {
     if (auto self = weak.lock()) {
-      self->RequestLost(started, op);
+      self->RequestFailed(started, failure);
     }
   });
   if (!fresh->Handshake(std::max(options.heartbeatTimeout, kMinimumHandshakeWait))) {
@@ -154,17 +155,24 @@ void IpcBackend::Impl::ServerGone(pid_t started, const std::string& reason) {
   }
 }
 
-void IpcBackend::Impl::RequestLost(pid_t started, const std::string& op) {
-  ServerLossListener listener;
+void IpcBackend::Impl::RequestFailed(pid_t started, const ServerFailure& failure) {
+  ServerLossListener onLoss;
+  RequestFailureListener onFailure;
   {
     std::lock_guard lock(mutex);
     if (shutDown) {
       return;
     }
-    listener = lossListener;
+    onLoss = lossListener;
+    onFailure = failureListener;
   }
-  if (listener) {
-    listener(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
+  if (onFailure) {
+    onFailure(failure);
+  }
+  // A lost request is lost to its server: nobody will ever answer it.
+  if (onLoss && failure.status == wire::kStatusRequestLost) {
+    const std::string& op = failure.operation;
+    onLoss(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
   }
 }
 
@@ -244,6 +252,11 @@ void IpcBackend::CreateDarkslideServer(DarkslideServer::CreateCallback callback)
 void IpcBackend::SetServerLossListener(ServerLossListener listener) {
   std::lock_guard lock(mImpl->mutex);
   mImpl->lossListener = std::move(listener);
+}
+
+void IpcBackend::SetRequestFailureListener(RequestFailureListener listener) {
+  std::lock_guard lock(mImpl->mutex);
+  mImpl->failureListener = std::move(listener);
 }
 
 pid_t IpcBackend::ServerProcessId() const {

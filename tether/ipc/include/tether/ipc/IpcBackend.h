@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tether/Backend.h>
+#include <tether/ServerFailure.h>
 #include <tether/wire/UniqueFd.h>
 
 #include <sys/types.h>
@@ -62,6 +63,12 @@ class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBacken
   // server goes"): a request the module waits on for a renderer that can no
   // longer come ends only through CancelPendingRequests.
   using ServerLossListener = std::function<void(const ServerLoss&)>;
+  // Told of every request that failed for good (not of cancelled renders, nor
+  // of requests that a lost connection failed): the operation, the status and
+  // the server's reason, if it gave one. A host learns here, for example, that
+  // no video renderer can be had, after which the module waits until
+  // CancelPendingRequests.
+  using RequestFailureListener = std::function<void(const ServerFailure&)>;
 
   // Makes a connected socket; an invalid descriptor means no server can be had.
   using Connector = std::function<wire::UniqueFd()>;
@@ -85,6 +92,9 @@ class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBacken
   // Installs the listener told of every lost server from now on (replacing
   // the previous one; empty: none). Not told when the backend itself ends.
   void SetServerLossListener(ServerLossListener listener);
+  // Installs the listener told of failed requests (replacing the previous one;
+  // empty: none). Called on a library thread, after the request's callback.
+  void SetRequestFailureListener(RequestFailureListener listener);
 
   // The process id of the server this backend started for its current
   // connection, or 0.
