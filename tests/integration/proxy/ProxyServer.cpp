@@ -14,6 +14,9 @@
 //                                      client and go on relaying
 //   TETHER_PROXY_REPORT   a file that gets one line "fired" when the fault did
 //
+// Messages other than "hello" are counted once the server has answered the
+// hello, so that a fault (a ping's, say) lands on a connection that is up.
+//
 // A killed server ends the proxy too, by the same signal, so that the client
 // sees its server's end exactly as if no proxy were there.
 #include <tether/wire/Channel.h>
@@ -25,6 +28,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -96,12 +100,17 @@ pid_t StartRealServer(UniqueFd socket) {
   return pid;
 }
 
+// Set when the server's answer to the hello has gone to the client.
+std::atomic<bool> gGreeted{false};
+
 // Client to server, where the fault is: counts each operation's messages.
 void RelayFromClient(Channel& client, Channel& server, const Fault& fault, pid_t real) {
   std::map<std::string, int> seen;
   try {
     while (auto message = client.Receive()) {
-      if (fault.action != Fault::Action::kNone && message->op == fault.op && ++seen[message->op] == fault.nth) {
+      const bool counted = message->op == "hello" || gGreeted.load();
+      if (fault.action != Fault::Action::kNone && counted && message->op == fault.op &&
+          ++seen[message->op] == fault.nth) {
         ReportFired();
         if (fault.action == Fault::Action::kKill) {
           ::kill(real, SIGKILL);
@@ -120,6 +129,9 @@ void RelayFromServer(Channel& server, Channel& client) {
   try {
     while (auto message = server.Receive()) {
       client.Send(*message);
+      if (message->kind == tether::wire::MessageKind::kReply) {
+        gGreeted = true;  // the first reply answers the hello
+      }
     }
   } catch (const std::exception&) {
   }
