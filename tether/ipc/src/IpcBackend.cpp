@@ -10,7 +10,9 @@
 #include <kilncore/logging/Log.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdlib>
+#include <functional>
 #include <mutex>
 
 namespace tether::ipc {
@@ -32,12 +34,20 @@ struct IpcBackend::Impl : std::enable_shared_from_this<Impl> {
   bool shutDown = false;
   ServerLossListener lossListener;
   RequestFailureListener failureListener;
+  // Listener calls under way, so that replacing a listener can wait for them.
+  int listenerCalls = 0;
+  std::condition_variable listenersIdle;
 
   // The connection, made now if there is none or it broke. Null if no server
   // can be reached. Serialised, so that one server is started, not several.
   std::shared_ptr<Connection> EnsureConnection();
   wire::UniqueFd Connect(pid_t& started);
   void ServerGone(pid_t started, const std::string& reason);
+  // Calls `tell` with the listeners installed now, unless the backend is
+  // ending; counted, so that a setter can wait until the call is over.
+  void CallListeners(const std::function<void(const ServerLossListener&, const RequestFailureListener&)>& tell);
+  // After this, no call of a replaced listener runs (unless it is the caller).
+  void WaitForListenerCalls(std::unique_lock<std::mutex>& lock);
   void RequestFailed(pid_t started, const ServerFailure& failure);
   void Shutdown();
 
@@ -128,14 +138,12 @@ wire::UniqueFd IpcBackend::Impl::Connect(pid_t& started) {
 // that it doesn't linger beside the fresh one. Whoever installed a listener
 // hears of it, unless the backend is ending.
 void IpcBackend::Impl::ServerGone(pid_t started, const std::string& reason) {
-  ServerLossListener listener;
   bool ours = false;
   {
     std::lock_guard lock(mutex);
     if (shutDown) {
       return;
     }
-    listener = lossListener;
     ours = started != 0 && pid == started;
     if (ours) {
       pid = 0;
@@ -150,12 +158,28 @@ void IpcBackend::Impl::ServerGone(pid_t started, const std::string& reason) {
     }
     EndServer(started, true);
   }
-  if (listener) {
-    listener(loss);
-  }
+  CallListeners([&](const ServerLossListener& onLoss, const RequestFailureListener&) {
+    if (onLoss) {
+      onLoss(loss);
+    }
+  });
 }
 
 void IpcBackend::Impl::RequestFailed(pid_t started, const ServerFailure& failure) {
+  CallListeners([&](const ServerLossListener& onLoss, const RequestFailureListener& onFailure) {
+    if (onFailure) {
+      onFailure(failure);
+    }
+    // A lost request is lost to its server: nobody will ever answer it.
+    if (onLoss && failure.status == wire::kStatusRequestLost) {
+      const std::string& op = failure.operation;
+      onLoss(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
+    }
+  });
+}
+
+void IpcBackend::Impl::CallListeners(
+    const std::function<void(const ServerLossListener&, const RequestFailureListener&)>& tell) {
   ServerLossListener onLoss;
   RequestFailureListener onFailure;
   {
@@ -165,14 +189,23 @@ void IpcBackend::Impl::RequestFailed(pid_t started, const ServerFailure& failure
     }
     onLoss = lossListener;
     onFailure = failureListener;
+    ++listenerCalls;
   }
-  if (onFailure) {
-    onFailure(failure);
+  try {
+    tell(onLoss, onFailure);
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc::IpcBackend listener");
   }
-  // A lost request is lost to its server: nobody will ever answer it.
-  if (onLoss && failure.status == wire::kStatusRequestLost) {
-    const std::string& op = failure.operation;
-    onLoss(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
+  {
+    std::lock_guard lock(mutex);
+    --listenerCalls;
+  }
+  listenersIdle.notify_all();
+}
+
+void IpcBackend::Impl::WaitForListenerCalls(std::unique_lock<std::mutex>& lock) {
+  if (!executor->IsExecutorThread()) {
+    listenersIdle.wait(lock, [this] { return listenerCalls == 0; });
   }
 }
 
@@ -250,13 +283,15 @@ void IpcBackend::CreateDarkslideServer(DarkslideServer::CreateCallback callback)
 }
 
 void IpcBackend::SetServerLossListener(ServerLossListener listener) {
-  std::lock_guard lock(mImpl->mutex);
+  std::unique_lock lock(mImpl->mutex);
   mImpl->lossListener = std::move(listener);
+  mImpl->WaitForListenerCalls(lock);
 }
 
 void IpcBackend::SetRequestFailureListener(RequestFailureListener listener) {
-  std::lock_guard lock(mImpl->mutex);
+  std::unique_lock lock(mImpl->mutex);
   mImpl->failureListener = std::move(listener);
+  mImpl->WaitForListenerCalls(lock);
 }
 
 pid_t IpcBackend::ServerProcessId() const {

@@ -91,9 +91,12 @@ class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBacken
 
   // Installs the listener told of every lost server from now on (replacing
   // the previous one; empty: none). Not told when the backend itself ends.
+  // When it returns, no call of the previous listener is under way (unless
+  // called from a listener), so the previous one may go.
   void SetServerLossListener(ServerLossListener listener);
   // Installs the listener told of failed requests (replacing the previous one;
   // empty: none). Called on a library thread, after the request's callback.
+  // Waits for calls of the previous one as SetServerLossListener does.
   void SetRequestFailureListener(RequestFailureListener listener);
 
   // The process id of the server this backend started for its current
