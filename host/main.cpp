@@ -14,6 +14,7 @@
 #include <host/commands/PlayCommand.h>
 #include <host/commands/SegmentsCommand.h>
 #include <host/commands/SettingsCommand.h>
+#include <host/session/ServerLossWatch.h>
 
 int main(int argc, char** argv) {
   tetherhost::CommandLine commandLine("tetherhost", "tetherhost: a reference host for the TetherMedia module",
@@ -26,5 +27,6 @@ int main(int argc, char** argv) {
   tetherhost::AddSettingsCommand(commandLine);
   tetherhost::AddItemsCommand(commandLine);
   tetherhost::AddSegmentsCommand(commandLine);
+  commandLine.SetFailureDescription(tetherhost::ServerLossWatch::DescribeFailure);
   return commandLine.Execute(argc, argv);
 }

@@ -21,6 +21,10 @@ done
 if [ "${#targets[@]}" -gt 0 ]; then
   cmake --build --preset fuzz -j "$(nproc)" --target "${targets[@]}"
 fi
+# The preset builds with -fno-sanitize-recover=all, so that a UBSan report
+# stops the target like a crash; the options say the same to the runtimes.
+export ASAN_OPTIONS="${ASAN_OPTIONS:-abort_on_error=1:detect_leaks=1}"
+export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}"
 ran=0
 for target in build/fuzz/bin/fuzz_*; do
   name="$(basename "$target")"

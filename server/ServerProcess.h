@@ -2,8 +2,8 @@
 
 #include "Session.h"
 
+#include <chrono>
 #include <string>
-#include <vector>
 
 namespace tetherserver {
 
@@ -17,15 +17,31 @@ namespace tetherserver {
 //                                session per client, until killed
 //   --cold-buffers               a fresh shared buffer for every frame
 //   --workers N                  worker threads per session
+//   --verbose                    log every failed request with its reason
 //
 // SIGUSR1 simulates a change of the machine's fonts (FontSet::Change).
+// SIGTERM, SIGINT and SIGHUP end a listening server and remove its socket.
 class ServerProcess {
  public:
-  // Parses `arguments` (without the program name). Throws
-  // std::invalid_argument for arguments it doesn't know.
-  explicit ServerProcess(const std::vector<std::string>& arguments);
+  struct Settings {
+    // The inherited socket to serve, or -1.
+    int fd = -1;
+    bool listen = false;
+    // Where to listen; empty: the private runtime folder.
+    std::string socketPath;
+    bool verbose = false;
+    // Connections a listening server serves at once; more are refused.
+    size_t maxConnections = 64;
+    // A connection that sends nothing for this long is dropped.
+    std::chrono::milliseconds idleTimeout{30000};
+    Session::Options session;
+  };
 
-  // Runs the server; returns the process's exit code.
+  // Throws std::invalid_argument for settings that can't work together.
+  explicit ServerProcess(Settings settings);
+
+  // Runs the server; returns the process's exit code. Throws
+  // std::system_error when the socket can't be served.
   int Run();
 
   // A private runtime folder (mode 0700) for this user's sockets:
@@ -37,10 +53,7 @@ class ServerProcess {
   int ServeDescriptor();
   int Listen();
 
-  int mFd = -1;
-  bool mListen = false;
-  std::string mSocketPath;
-  Session::Options mOptions;
+  Settings mSettings;
 };
 
 }  // namespace tetherserver

@@ -1,5 +1,8 @@
 #include "Session.h"
 
+#include "FailureReason.h"
+
+#include <tether/wire/MappedBuffer.h>
 #include <tether/wire/Protocol.h>
 #include <tether/wire/RecordCodec.h>
 #include <tether/wire/TreeAccess.h>
@@ -16,9 +19,11 @@
 
 #include <atomic>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <set>
+#include <system_error>
 
 namespace tetherserver {
 
@@ -45,6 +50,27 @@ bool IsQuick(const std::string& op) {
       "project.get-container", "project.is-source-linked", "project.runtime-font-change", "source.init",
       "source.get-caption-data", "source.set-caption-selection", "source.contains-link", "source.get-runtime-guid"};
   return kQuick.count(op) != 0;
+}
+
+// Every request the protocol defines (docs/protocol.md). Anything else is
+// answered "not supported" before its arguments are looked at, so that a
+// client tells an operation the server lacks from a bad handle.
+bool IsKnownRequest(const std::string& op) {
+  static const std::set<std::string> kKnown{
+      "hello", "server.create", "typed.connect-linked-server", "typed.connect-file-server",
+      "server.open-project", "server.open-farside-asset", "file-server.open-file", "project.get-source",
+      "project.get-container", "project.get-items-as-xml", "project.is-source-linked",
+      "project.runtime-font-change", "source.init", "source.get-video-renderer", "source.get-audio-renderer",
+      "source.send-request", "source.render-xmp", "source.get-caption-data", "source.set-caption-selection",
+      "source.contains-link", "source.get-runtime-guid", "video-renderer.render", "audio-renderer.render"};
+  return kKnown.count(op) != 0;
+}
+
+// The body of a failed reply: the reason in words, for the client's log and
+// its user.
+AnyValue FailureBody(const std::string& message) {
+  return message.empty() ? MakeAny(tether::AnyObject{})
+                         : MakeAny(tether::AnyObject{{"message", MakeAny(message)}});
 }
 
 // An item's runtime identifier: its content state and the server's font
@@ -89,11 +115,28 @@ Session::Session(UniqueFd socket, std::shared_ptr<const SessionContent> content,
     : mChannel(std::move(socket)),
       mContent(std::move(content)),
       mOptions(WithFonts(std::move(options))),
-      mPool(BufferPool::Options{mOptions.recycleBuffers}) {
+      mPool(BufferPool::Options{mOptions.recycleBuffers}),
+      mClientBufferLimit(MappedBuffer::kMaxCapacity) {
   timeval timeout{kSendTimeoutSeconds, 0};
   ::setsockopt(mChannel.Descriptor(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
-  for (size_t i = 0; i < std::max<size_t>(1, mOptions.workerThreads); ++i) {
-    mWorkers.emplace_back([this] { WorkerLoop(); });
+  if (mOptions.idleTimeout.count() > 0) {
+    // A peer that says nothing (no hello, half a frame, silence after hello)
+    // is dropped: a live client pings far more often than this.
+    auto limit = std::chrono::duration_cast<std::chrono::microseconds>(mOptions.idleTimeout);
+    timeval idle{static_cast<time_t>(limit.count() / 1000000), static_cast<suseconds_t>(limit.count() % 1000000)};
+    ::setsockopt(mChannel.Descriptor(), SOL_SOCKET, SO_RCVTIMEO, &idle, sizeof(idle));
+  }
+  try {
+    for (size_t i = 0; i < std::max<size_t>(1, mOptions.workerThreads); ++i) {
+      mWorkers.emplace_back([this] { WorkerLoop(); });
+    }
+  } catch (...) {
+    // No more threads: those that started end before the failure goes on.
+    Stop();
+    for (auto& worker : mWorkers) {
+      worker.join();
+    }
+    throw;
   }
 }
 
@@ -125,6 +168,12 @@ void Session::Run() {
     while (auto message = mChannel.Receive()) {
       Dispatch(std::move(*message));
     }
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::resource_unavailable_try_again) {
+      ReportFailure("connection", kStatusServerUnavailable, "nothing heard from the client; connection dropped");
+    } else {
+      kilncore::logging::LogException(std::current_exception(), "tetherserver::Session::Run");
+    }
   } catch (const std::exception& error) {
     kilncore::logging::LogException(std::current_exception(), "tetherserver::Session::Run");
   }
@@ -138,6 +187,14 @@ void Session::Dispatch(Message message) {
   }
   if (message.kind != MessageKind::kRequest) {
     return;
+  }
+  if (!Admit(message)) {
+    return;
+  }
+  {
+    // Held from here until its reply has gone out: what each pong lists.
+    std::lock_guard lock(mHeldMutex);
+    mHeld.insert(message.id);
   }
   if (message.op == kRenderOp) {
     // Entered here, in the order of the stream, so that a cancel read after
@@ -154,6 +211,45 @@ void Session::Dispatch(Message message) {
     mQueue.push_back(std::move(message));
   }
   mQueueWake.notify_one();
+}
+
+bool Session::Admit(const Message& message) {
+  if (!IsKnownRequest(message.op)) {
+    Reply(message.id, kStatusNotSupported, FailureBody("unknown operation \"" + message.op + "\""));
+    return false;
+  }
+  if (message.op == "hello") {
+    Greet(message);
+    return false;
+  }
+  if (!mGreeted) {
+    // Nothing is served to a peer that hasn't said which protocol it speaks.
+    Reply(message.id, kStatusBadMessage, FailureBody("\"" + message.op + "\" before \"hello\""));
+    return false;
+  }
+  return true;
+}
+
+void Session::Greet(const Message& message) {
+  tether::AnyObject reply{{"protocol", MakeAny(kProtocolVersion)}, {"server", MakeAny(std::string("tether-server"))}};
+  try {
+    const tether::AnyObject& args = AsObject(message.body);
+    if (AsUint32(Field(args, "protocol")) != kProtocolVersion) {
+      reply["message"] = MakeAny("this server speaks protocol " + std::to_string(kProtocolVersion));
+      Reply(message.id, kStatusNotSupported, MakeAny(std::move(reply)));
+      return;
+    }
+    // The largest buffer the client will map: a frame beyond it is refused
+    // before anything is allocated for it.
+    if (AnyValue limit = OptionalField(args, "maxBufferBytes")) {
+      mClientBufferLimit = std::max<uint64_t>(1, AsUint64(limit));
+    }
+  } catch (const WireError& error) {
+    Reply(message.id, kStatusBadMessage, FailureBody(error.what()));
+    return;
+  }
+  mGreeted = true;
+  Reply(message.id, kStatusOK, MakeAny(std::move(reply)));
 }
 
 void Session::WorkerLoop() {
@@ -174,9 +270,7 @@ void Session::WorkerLoop() {
 void Session::HandleNotice(const Message& message) {
   try {
     if (message.op == "ping") {
-      Message pong;
-      pong.op = "pong";
-      mChannel.Send(pong);
+      mChannel.Send(Pong(message));
       return;
     }
     const tether::AnyObject& args = AsObject(message.body);
@@ -209,16 +303,41 @@ void Session::HandleNotice(const Message& message) {
   }
 }
 
+Message Session::Pong(const Message& ping) {
+  Message pong;
+  pong.op = "pong";
+  tether::AnyObject body;
+  const auto* args = ping.body ? std::any_cast<tether::AnyObject>(ping.body.get()) : nullptr;
+  if (args && args->count("ping")) {
+    // Everything the client sent before this ping has been read: the
+    // requests not listed here are answered already or never arrived.
+    body["ping"] = args->at("ping");
+    std::lock_guard lock(mHeldMutex);
+    if (mHeld.size() <= kMaxContainerElements) {
+      tether::AnyArray held;
+      for (uint64_t id : mHeld) {
+        held.push_back(MakeAny(id));
+      }
+      body["held"] = MakeAny(std::move(held));
+    }
+  }
+  pong.body = MakeAny(std::move(body));
+  return pong;
+}
+
 void Session::HandleRequest(const Message& message) {
   Body reply;
   int32_t status = kStatusFailed;
+  FailureReason::Scope reason;
   try {
     status = Handle(message.op, AsObject(message.body), message.id, reply);
-  } catch (const WireError&) {
+  } catch (const WireError& error) {
     status = kStatusBadMessage;
-  } catch (const std::exception&) {
+    FailureReason::Set(error.what());
+  } catch (const std::exception& error) {
     kilncore::logging::LogException(std::current_exception(), "tetherserver::Session request", message.op);
     status = kStatusFailed;
+    FailureReason::Set(error.what());
   }
   if (status == kNoReply) {
     return;
@@ -226,7 +345,18 @@ void Session::HandleRequest(const Message& message) {
   if (message.op == kRenderOp && !ClaimJob(message.id)) {
     return;  // cancelled meanwhile: the cancel has answered
   }
+  if (status != kStatusOK) {
+    ReportFailure(message.op, status, reason.Text());
+    Reply(message.id, status, FailureBody(reason.Text()));
+    return;
+  }
   Reply(message.id, status, MakeAny(std::move(reply)));
+}
+
+void Session::ReportFailure(const std::string& op, int32_t status, const std::string& reason) {
+  if (mOptions.onFailure) {
+    mOptions.onFailure(op, status, reason);
+  }
 }
 
 void Session::RegisterJob(const Message& message) {
@@ -303,6 +433,10 @@ void Session::Reply(uint64_t id, int32_t status, AnyValue body, std::vector<Uniq
   } catch (const std::exception&) {
     Stop();
   }
+  // Only once the reply is on the stream: a pong sent after this can't
+  // overtake it, so the client never takes an answered request for lost.
+  std::lock_guard lock(mHeldMutex);
+  mHeld.erase(id);
 }
 
 uint64_t Session::Store(std::shared_ptr<Object> object) {
@@ -320,11 +454,6 @@ std::shared_ptr<Session::Object> Session::Find(uint64_t handle) {
 
 int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Body& reply) {
   using Kind = Object::Kind;
-  if (op == "hello") {
-    reply["protocol"] = MakeAny(kProtocolVersion);
-    reply["server"] = MakeAny(std::string("tether-server"));
-    return AsUint32(Field(args, "protocol")) == kProtocolVersion ? kStatusOK : kStatusNotSupported;
-  }
   if (op == "server.create") {
     auto object = std::make_shared<Object>();
     object->kind = Kind::kTypedServer;
@@ -499,8 +628,12 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     if (source.item->HangsRendererCreation(object->video)) {
       return kNoReply;
     }
-    if (source.item->FrameBytes(object->video) == 0) {
+    const size_t frameBytes = source.item->FrameBytes(object->video);
+    if (frameBytes == 0) {
       return kStatusNotSupported;
+    }
+    if (!FitsClient(frameBytes)) {
+      return kStatusTooLarge;
     }
     reply["handle"] = MakeAny(Store(object));
     return kStatusOK;
@@ -597,6 +730,9 @@ int32_t Session::RenderVideo(Object& renderer, const Body& args, uint64_t id) {
     return kNoReply;  // stays in the job table, where only a cancel answers it
   }
   size_t size = renderer.item->FrameBytes(renderer.video);
+  if (!FitsClient(size)) {
+    return kStatusTooLarge;
+  }
   auto lease = mPool.Acquire(size);
   int32_t status = renderer.item->RenderFrame(renderer.video, time, lease.buffer->Data(), size);
   if (status != kStatusOK) {
@@ -628,6 +764,19 @@ int32_t Session::RenderAudio(Object& renderer, uint64_t id) {
   renderer.nextSample += renderer.blockFrames;
   SendBlock(id, lease, size);
   return kNoReply;
+}
+
+bool Session::FitsClient(size_t bytes) const {
+  const uint64_t limit = mClientBufferLimit;
+  if (bytes <= limit) {
+    return true;
+  }
+  constexpr double kMiB = 1024.0 * 1024.0;
+  char text[160];
+  std::snprintf(text, sizeof(text), "a frame of %.0f MiB is larger than the %.0f MiB the client maps",
+                static_cast<double>(bytes) / kMiB, static_cast<double>(limit) / kMiB);
+  FailureReason::Set(text);
+  return false;
 }
 
 void Session::SendBlock(uint64_t id, const BufferPool::Lease& lease, size_t size) {

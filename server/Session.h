@@ -6,6 +6,8 @@
 #include <tether/wire/BufferPool.h>
 #include <tether/wire/Channel.h>
 
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -13,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <thread>
 #include <variant>
 #include <vector>
@@ -32,6 +35,11 @@ class Session {
     // The fonts that all sessions of a server share; a session makes its own
     // when left null.
     std::shared_ptr<FontSet> fonts;
+    // A peer that sends nothing for this long is dropped; 0: never.
+    std::chrono::milliseconds idleTimeout{0};
+    // Told of every request that fails: its operation, status and reason
+    // (tether-server --verbose logs them). Called on the session's threads.
+    std::function<void(const std::string& op, int32_t status, const std::string& reason)> onFailure;
   };
 
   Session(tether::wire::UniqueFd socket, std::shared_ptr<const SessionContent> content, Options options);
@@ -60,6 +68,15 @@ class Session {
 
   static Options WithFonts(Options options);
   void Dispatch(tether::wire::Message message);
+  // Answers what can't be served (an unknown operation, anything before the
+  // handshake, the handshake itself) and returns false; true lets it through.
+  bool Admit(const tether::wire::Message& message);
+  void Greet(const tether::wire::Message& message);
+  // The answer to a ping: its number and the requests this session holds.
+  tether::wire::Message Pong(const tether::wire::Message& ping);
+  void ReportFailure(const std::string& op, int32_t status, const std::string& reason);
+  // Whether the client maps a buffer of `bytes`; sets the failure reason if not.
+  bool FitsClient(size_t bytes) const;
   void RegisterJob(const tether::wire::Message& message);
   // Takes request `id` out of the job table; false if a cancel took it first.
   bool ClaimJob(uint64_t id);
@@ -86,10 +103,17 @@ class Session {
   std::shared_ptr<const SessionContent> mContent;
   const Options mOptions;
   tether::wire::BufferPool mPool;
+  std::atomic<bool> mGreeted{false};
+  std::atomic<uint64_t> mClientBufferLimit;
 
   std::mutex mObjectsMutex;
   uint64_t mNextHandle = 1;
   std::map<uint64_t, std::shared_ptr<Object>> mObjects;
+
+  // Requests read and not yet answered, by id (unanswered test requests
+  // included: the server still has them).
+  std::mutex mHeldMutex;
+  std::set<uint64_t> mHeld;
 
   std::mutex mJobsMutex;
   std::map<uint64_t, Job> mJobs;  // by request id

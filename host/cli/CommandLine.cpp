@@ -136,7 +136,8 @@ int CommandLine::RunCommand(const Command& command, std::FILE* err) const {
       std::fprintf(err, "%s: %s\n", mName.c_str(), e.what());
       return kExitInterrupted;
     } catch (const HostError& e) {
-      std::fprintf(err, "%s: %s\n", mName.c_str(), e.Describe().c_str());
+      const std::string line = mDescribeFailure ? mDescribeFailure(e) : e.Describe();
+      std::fprintf(err, "%s: %s\n", mName.c_str(), line.c_str());
       return kExitFailure;
     } catch (const std::invalid_argument& e) {
       return UsageError(err, e.what(), command.app->get_name());

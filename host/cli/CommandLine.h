@@ -11,6 +11,8 @@
 
 namespace tetherhost {
 
+class HostError;
+
 // The command line of a program made of commands ("tetherhost import ..."):
 // global options (--version, -v, --log-level, --log-file), one command, and
 // the mapping of every outcome to an exit status and at most one line on
@@ -41,6 +43,12 @@ class CommandLine {
   static CLI::Validator Real(double low, double high);
   static CLI::Validator Integer(int64_t low, int64_t high);
 
+  // How a command's failure reads on its one line: HostError::Describe()
+  // unless the host knows more about it (a lost server, the server's own
+  // reason), which it says through `describe`.
+  using DescribeFailure = std::function<std::string(const HostError&)>;
+  void SetFailureDescription(DescribeFailure describe) { mDescribeFailure = std::move(describe); }
+
   CLI::App& app() { return mApp; }
 
  private:
@@ -62,6 +70,7 @@ class CommandLine {
   CLI::App mApp;
   std::vector<Command> mCommands;
   LogSettings mLog;
+  DescribeFailure mDescribeFailure;
 };
 
 }  // namespace tetherhost

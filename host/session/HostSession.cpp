@@ -2,6 +2,7 @@
 
 #include <host/cli/HostError.h>
 #include <host/session/ProgressView.h>
+#include <host/session/ServerLossWatch.h>
 
 #include <TetherMedia/Lifecycle.h>
 #include <WF/IImporterFactory.h>
@@ -40,12 +41,14 @@ HostSession::HostSession() {
   kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateRunning);
   WF::RegisterReferenceImporterFactory();
   tether::ipc::InstallDefaultIpcBackend();
+  mLossWatch = std::make_unique<ServerLossWatch>();
   TetherMedia::Initialize();
   mModule = FindModule();
   mProgress = std::make_unique<ProgressView>(stderr);
 }
 
 HostSession::~HostSession() {
+  mLossWatch.reset();
   mProgress.reset();
   mModule = nullptr;
   kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateTerminating);

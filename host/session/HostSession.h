@@ -9,6 +9,7 @@
 namespace tetherhost {
 
 class ProgressView;
+class ServerLossWatch;
 
 // The host's side of the module's life, as an application lives it:
 //
@@ -45,6 +46,7 @@ class HostSession {
  private:
   kilncore::classref::InterfaceRef<WF::IMediaModule> mModule;
   std::unique_ptr<ProgressView> mProgress;
+  std::unique_ptr<ServerLossWatch> mLossWatch;
 };
 
 }  // namespace tetherhost

@@ -1,6 +1,7 @@
 #include <host/session/LinkedClip.h>
 
 #include <host/cli/HostError.h>
+#include <host/session/ServerLossWatch.h>
 
 #include <KL/IMediaFile.h>
 #include <KL/IMediaMetaData.h>
@@ -106,6 +107,7 @@ InterfaceRef<RL::ISource> LinkedClip::Stream(const kilncore::utility::Guid& medi
   const int32_t code = mItem->CreateSourceForStream(mediaType, 0, mPrefs, rate, u"", u"", u"", u"", stream);
   HostError::ThrowIfFailed(code, mediaType == RL::kMediaType_Video ? "opening the video stream"
                                                                    : "opening the audio stream");
+  ServerLossWatch::Watch(stream);
   return stream;
 }
 

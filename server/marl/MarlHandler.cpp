@@ -1,5 +1,7 @@
 #include <server/marl/MarlHandler.h>
 
+#include <server/FailureReason.h>
+
 #include <server/project/ProjectXml.h>
 #include "SessionSyntheticContent.h"
 
@@ -20,6 +22,8 @@ namespace {
 using kilncore::utility::Guid;
 
 int32_t StatusOf(const ProjectError& error) {
+  // The reader's own words travel to the client beside the status.
+  FailureReason::Set(error.message);
   switch (error.kind) {
     case ProjectError::Kind::kNone:
       return tether::wire::kStatusOK;

@@ -1,5 +1,6 @@
 #include <server/tolmen/TolmenHandler.h>
 
+#include <server/FailureReason.h>
 #include <server/marl/MarlHandler.h>
 #include <server/tolmen/HostProjectSession.h>
 #include <server/tolmen/XmemlReader.h>
@@ -46,8 +47,9 @@ std::shared_ptr<const SessionProject> TolmenHandler::OpenProject(const tether::F
     if (progress) progress(kOpeningProgressType, 1.0, {path});
     status = tether::wire::kStatusOK;
     return project;
-  } catch (const ProjectXML::ProjectXMLError&) {
+  } catch (const ProjectXML::ProjectXMLError& error) {
     kilncore::logging::LogException(std::current_exception(), "tetherserver::TolmenHandler::OpenProject", path);
+    FailureReason::Set(error.what());
     status = tether::wire::kStatusFailed;
     return nullptr;
   }
@@ -79,6 +81,7 @@ std::shared_ptr<const SessionItem> TolmenHandler::OpenFile(const tether::File& f
   } catch (const ProjectXML::ProjectXMLError& error) {
     kilncore::logging::LogException(std::current_exception(), "tetherserver::TolmenHandler::OpenFile", path);
     notes.message = error.what();
+    FailureReason::Set(error.what());
     status = tether::wire::kStatusFailed;
     return nullptr;
   }

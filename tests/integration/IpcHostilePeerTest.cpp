@@ -50,13 +50,7 @@ class HostilePeer {
 
   static void Answer(Channel& channel, const Message& request, AnyObject body, std::vector<UniqueFd> fds = {},
                      int32_t status = 0) {
-    Message reply;
-    reply.kind = MessageKind::kReply;
-    reply.id = request.id;
-    reply.status = status;
-    reply.body = MakeAny(std::move(body));
-    reply.fds = std::move(fds);
-    channel.Send(reply);
+    AnswerRequest(channel, request, std::move(body), std::move(fds), status);
   }
 
  private:

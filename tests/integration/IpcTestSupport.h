@@ -3,6 +3,7 @@
 #include <tether/AudioRenderer.h>
 #include <tether/Backend.h>
 #include <tether/VideoRenderer.h>
+#include <tether/wire/Channel.h>
 
 #include <processcoordination/BinaryReference.h>
 #include <tether/Project.h>
@@ -25,6 +26,18 @@ namespace tether::ipctest {
 using BlockData = std::shared_ptr<::processcoordination::BinaryReference>;
 
 inline constexpr std::chrono::seconds kWait{10};
+
+// What a stand-in server sends back for `request`.
+inline void AnswerRequest(wire::Channel& channel, const wire::Message& request, AnyObject body,
+                          std::vector<wire::UniqueFd> fds = {}, int32_t status = 0) {
+  wire::Message reply;
+  reply.kind = wire::MessageKind::kReply;
+  reply.id = request.id;
+  reply.status = status;
+  reply.body = MakeAny(std::move(body));
+  reply.fds = std::move(fds);
+  channel.Send(reply);
+}
 
 template <class T, class Start>
 std::pair<int, std::shared_ptr<T>> Await(Start start) {

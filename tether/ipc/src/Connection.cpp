@@ -2,6 +2,8 @@
 
 #include "ConnectionBuffers.h"
 
+#include <tether/ServerFailure.h>
+#include <tether/wire/MappedBuffer.h>
 #include <tether/wire/Protocol.h>
 #include <tether/wire/TreeAccess.h>
 #include <tether/wire/WireError.h>
@@ -12,6 +14,7 @@
 #include <sys/time.h>
 
 #include <future>
+#include <set>
 
 namespace tether::ipc {
 namespace {
@@ -24,7 +27,7 @@ int64_t NowNanos() {
 }  // namespace
 
 std::shared_ptr<Connection> Connection::Start(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor,
-                                              Options options, std::function<void()> onBreak) {
+                                              Options options, BreakHandler onBreak) {
   std::shared_ptr<Connection> connection(
       new Connection(std::move(socket), std::move(executor), options, std::move(onBreak)));
   std::weak_ptr<Connection> weak = connection;
@@ -42,7 +45,19 @@ std::shared_ptr<Connection> Connection::Start(wire::UniqueFd socket, std::shared
       self->mBuffers->Forget(ids);
     }
   });
-  connection->OnNotice("pong", [](const AnyValue&) {});
+  connection->OnNotice("pong", [weak](const AnyValue& body) {
+    if (auto self = weak.lock()) {
+      self->FailLostRequests(body);
+    }
+  });
+  // A server at its connection cap says why before it closes.
+  connection->OnNotice("refused", [weak](const AnyValue& body) {
+    const std::string reason = wire::AsString(wire::Field(wire::AsObject(body), "message"));
+    RecordServerFailure(ServerFailure{"hello", wire::kStatusServerUnavailable, reason});
+    if (auto self = weak.lock()) {
+      self->Break(wire::kStatusServerUnavailable, "the server refused the connection: " + reason);
+    }
+  });
   connection->mLastHeardNanos = NowNanos();
   // The threads keep the connection alive until it breaks.
   connection->mReader = std::thread([connection] { connection->ReadLoop(); });
@@ -51,7 +66,7 @@ std::shared_ptr<Connection> Connection::Start(wire::UniqueFd socket, std::shared
 }
 
 Connection::Connection(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor, Options options,
-                       std::function<void()> onBreak)
+                       BreakHandler onBreak)
     : mChannel(std::move(socket)), mExecutor(std::move(executor)), mOptions(options), mOnBreak(std::move(onBreak)) {
   // A server that stops reading must not block a sender forever: the send
   // fails after the heartbeat's limit and breaks the connection.
@@ -74,15 +89,16 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
     std::lock_guard lock(mMutex);
     if (!mBroken) {
       message.id = mNextId++;
-      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail)});
+      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail), op});
     }
   }
   if (message.id == 0) {
-    Fail(Pending{nullptr, std::move(fail)}, wire::kStatusServerUnavailable);
+    Fail(Pending{nullptr, std::move(fail), op}, wire::kStatusServerUnavailable);
     return;
   }
   try {
     mChannel.Send(message);
+    MarkSent(message.id);
   } catch (const wire::WireError&) {
     // Our own message can't be framed (too large): only this call fails.
     Pending pending;
@@ -96,8 +112,51 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
       mPending.erase(it);
     }
     Fail(std::move(pending), wire::kStatusBadMessage);
-  } catch (...) {
-    Break(wire::kStatusServerUnavailable);
+  } catch (const std::exception& error) {
+    BreakForFault(std::string("a send to the server failed: ") + error.what());
+  }
+}
+
+void Connection::MarkSent(uint64_t id) {
+  std::lock_guard lock(mMutex);
+  auto it = mPending.find(id);
+  if (it != mPending.end()) {
+    it->second.sentAfterPing = mPingsSent;
+  }
+}
+
+void Connection::FailLostRequests(const AnyValue& pong) {
+  const AnyObject& body = wire::AsObject(pong);
+  AnyValue ping = wire::OptionalField(body, "ping");
+  AnyValue heldField = wire::OptionalField(body, "held");
+  if (!ping || !heldField) {
+    return;  // a server that doesn't say what it holds, or holds too much to say
+  }
+  const uint64_t answered = wire::AsUint64(ping);
+  std::set<uint64_t> held;
+  for (const auto& id : wire::AsArray(heldField)) {
+    held.insert(wire::AsUint64(id));
+  }
+  std::vector<Pending> lost;
+  {
+    std::lock_guard lock(mMutex);
+    for (auto it = mPending.begin(); it != mPending.end();) {
+      // Sent wholly before that ping left, so read by the server before it:
+      // unanswered and not held means the server never got it.
+      if (it->second.sentAfterPing < answered && held.count(it->first) == 0) {
+        lost.push_back(std::move(it->second));
+        it = mPending.erase(it);
+      } else {
+        ++it;
+      }
+    }
+  }
+  for (auto& pending : lost) {
+    ServerFailure failure{pending.op, wire::kStatusRequestLost,
+                          "the server never received this request (lost on the way)"};
+    RecordServerFailure(failure);
+    Fail(std::move(pending), wire::kStatusRequestLost);
+    NotifyFailure(std::move(failure));
   }
 }
 
@@ -111,8 +170,8 @@ void Connection::Notify(const std::string& op, AnyValue body) {
   message.body = std::move(body);
   try {
     mChannel.Send(message);
-  } catch (...) {
-    Break(wire::kStatusServerUnavailable);
+  } catch (const std::exception& error) {
+    BreakForFault(std::string("a send to the server failed: ") + error.what());
   }
 }
 
@@ -136,7 +195,9 @@ bool Connection::Handshake(std::chrono::milliseconds timeout) {
   auto future = answered->get_future();
   Call(
       "hello",
-      MakeAny(AnyObject{{"protocol", MakeAny(wire::kProtocolVersion)}, {"client", MakeAny(std::string("tether-ipc"))}}),
+      MakeAny(AnyObject{{"protocol", MakeAny(wire::kProtocolVersion)},
+                        {"client", MakeAny(std::string("tether-ipc"))},
+                        {"maxBufferBytes", MakeAny(wire::MappedBuffer::kMaxCapacity)}}),
       [answered](Reply& reply) -> Completion {
         uint32_t version = wire::AsUint32(wire::Field(wire::AsObject(reply.body), "protocol"));
         answered->set_value(version == wire::kProtocolVersion);
@@ -147,12 +208,12 @@ bool Connection::Handshake(std::chrono::milliseconds timeout) {
       });
   bool ok = future.wait_for(timeout) == std::future_status::ready && future.get();
   if (!ok) {
-    Break(wire::kStatusServerUnavailable);
+    Break(wire::kStatusServerUnavailable, "the server didn't complete the handshake");
   }
   return ok;
 }
 
-void Connection::Break(int32_t status) {
+void Connection::Break(int32_t status, const std::string& reason) {
   std::map<uint64_t, Pending> pending;
   {
     std::lock_guard lock(mMutex);
@@ -170,8 +231,17 @@ void Connection::Break(int32_t status) {
     Fail(std::move(call), status);
   }
   if (mOnBreak) {
-    mExecutor->Post(std::move(mOnBreak));
+    mExecutor->Post([onBreak = std::move(mOnBreak), reason] { onBreak(reason); });
   }
+}
+
+void Connection::BreakForFault(const std::string& reason) {
+  // Recorded before any request fails, so that whoever reads the reason of a
+  // failure finds this one.
+  if (!mBroken) {
+    RecordServerFailure(ServerFailure{"connection", wire::kStatusServerUnavailable, reason});
+  }
+  Break(wire::kStatusServerUnavailable, reason);
 }
 
 void Connection::Close() {
@@ -207,6 +277,7 @@ void Connection::Fail(Pending pending, int32_t status) {
 }
 
 void Connection::ReadLoop() {
+  std::string reason = kClosedByServer;
   try {
     while (!mBroken) {
       auto message = mChannel.Receive();
@@ -221,13 +292,14 @@ void Connection::ReadLoop() {
       }
       // Requests from the server aren't part of the protocol: ignored.
     }
-  } catch (...) {
+  } catch (const std::exception& error) {
     // A stream out of step can't be trusted for any later message.
     if (!mBroken) {
       kilncore::logging::LogException(std::current_exception(), "tether::ipc::Connection::ReadLoop");
     }
+    reason = std::string("the connection to the server failed: ") + error.what();
   }
-  Break(wire::kStatusServerUnavailable);
+  BreakForFault(reason);
 }
 
 void Connection::HandleReply(wire::Message& message) {
@@ -242,7 +314,11 @@ void Connection::HandleReply(wire::Message& message) {
     mPending.erase(it);
   }
   if (message.status != wire::kStatusOK) {
+    // Recorded first, so that a callback that asks why finds the reason.
+    ServerFailure failure = FailureOf(pending.op, message);
+    RecordServerFailure(failure);
     Fail(std::move(pending), message.status);
+    NotifyFailure(std::move(failure));
     return;
   }
   Completion completion;
@@ -255,6 +331,28 @@ void Connection::HandleReply(wire::Message& message) {
     return;
   }
   mExecutor->Post(std::move(completion));
+}
+
+ServerFailure Connection::FailureOf(const std::string& op, const wire::Message& message) {
+  ServerFailure failure{op, message.status, {}};
+  const auto* body = message.body ? std::any_cast<AnyObject>(message.body.get()) : nullptr;
+  if (!body) {
+    return failure;
+  }
+  auto it = body->find("message");
+  if (it != body->end() && it->second) {
+    if (const auto* text = std::any_cast<std::string>(it->second.get())) {
+      failure.message = *text;
+    }
+  }
+  return failure;
+}
+
+void Connection::NotifyFailure(ServerFailure failure) {
+  if (failure.status == wire::kStatusRenderCancelled || !mOnFailed) {
+    return;  // a cancelled render got the answer its canceller asked for
+  }
+  mExecutor->Post([onFailed = mOnFailed, failure = std::move(failure)] { onFailed(failure); });
 }
 
 void Connection::HandleNotice(const wire::Message& message) {
@@ -300,11 +398,14 @@ void Connection::HeartbeatLoop() {
       lock.unlock();
       kilncore::logging::LogException(std::make_exception_ptr(std::runtime_error("server stopped answering")),
                                       "tether::ipc heartbeat");
-      Break(wire::kStatusServerUnavailable);
+      auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(mOptions.heartbeatTimeout);
+      BreakForFault("the server stopped answering (nothing heard for " + std::to_string(limit.count()) + " ms)");
       return;
     }
+    // Numbered, so that its pong tells which requests the server had read.
+    const uint64_t ping = ++mPingsSent;
     lock.unlock();
-    Notify("ping", MakeAny(AnyObject{}));
+    Notify("ping", MakeAny(AnyObject{{"ping", MakeAny(ping)}}));
     lock.lock();
   }
 }

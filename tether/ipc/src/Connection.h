@@ -3,6 +3,7 @@
 #include "CallbackExecutor.h"
 
 #include <tether/AnyTree.h>
+#include <tether/ServerFailure.h>
 #include <tether/wire/Channel.h>
 #include <tether/wire/MappedBuffer.h>
 
@@ -22,6 +23,10 @@
 namespace tether::ipc {
 
 class ConnectionBuffers;
+
+// The reason of a break at the server's end of stream: it closed the socket,
+// usually because it is exiting.
+inline constexpr char kClosedByServer[] = "the server closed the connection";
 
 // A server's answer to one request, as the reader thread received it.
 struct Reply {
@@ -57,8 +62,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   // Starts the reader and heartbeat threads over `socket`. `onBreak` runs once,
   // on a library thread, when the connection breaks.
+  // Told once why the connection broke, in words ("the server closed the
+  // connection", "nothing heard from the server for 3 s", ...).
+  using BreakHandler = std::function<void(const std::string& reason)>;
+
   static std::shared_ptr<Connection> Start(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor,
-                                           Options options, std::function<void()> onBreak = {});
+                                           Options options, BreakHandler onBreak = {});
   ~Connection();
 
   // Sends a request. Exactly one of the decoder's completion and the failer's
@@ -66,6 +75,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Call(const std::string& op, AnyValue body, Decoder decode, Failer fail);
   // Sends a one-way notice; dropped silently on a broken connection.
   void Notify(const std::string& op, AnyValue body);
+  // Told (on a library thread, after its callback was posted) of each
+  // request that failed for good: the server's failure status and reason, or
+  // status 8 for a request the lost-request rule failed. Not of cancelled
+  // renders, nor of requests failed by a break. Set before the first Call.
+  using FailureHandler = std::function<void(const ServerFailure& failure)>;
+  void OnRequestFailed(FailureHandler handler) { mOnFailed = std::move(handler); }
   // Receives the notices of `op` that the server sends.
   void OnNotice(const std::string& op, NoticeHandler handler);
   // Receives the notices whose body names server object `handle` and that no
@@ -78,7 +93,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool Handshake(std::chrono::milliseconds timeout);
 
   // Breaks the connection: pending calls fail with `status`, later calls fail.
-  void Break(int32_t status);
+  // `reason` goes to the break handler; the first break's reason wins.
+  void Break(int32_t status, const std::string& reason = "the connection was closed");
   // Breaks and waits for the connection's threads (unless called on them).
   void Close();
   bool IsBroken() const { return mBroken.load(); }
@@ -90,14 +106,31 @@ class Connection : public std::enable_shared_from_this<Connection> {
   struct Pending {
     Decoder decode;
     Failer fail;
+    std::string op;
+    // The number of the last ping that may have left before this request was
+    // wholly sent; kNotSent until then. A pong to a later ping judges it.
+    uint64_t sentAfterPing = kNotSent;
   };
+  static constexpr uint64_t kNotSent = UINT64_MAX;
 
   Connection(wire::UniqueFd socket, std::shared_ptr<CallbackExecutor> executor, Options options,
-             std::function<void()> onBreak);
+             BreakHandler onBreak);
+  // Fails every request sent before ping `ping` that the server's pong
+  // doesn't list as held: the server never got it, nobody would answer it.
+  void FailLostRequests(const AnyValue& pong);
+  void MarkSent(uint64_t id);
+  // Breaks for a fault of the server or the socket, and says so through
+  // tether::RecordServerFailure.
+  void BreakForFault(const std::string& reason);
   void ReadLoop();
   void HeartbeatLoop();
   void HandleReply(wire::Message& message);
   void HandleNotice(const wire::Message& message);
+  // Keeps the server's reason for a failed request (tether::ServerFailure).
+  // Why `op` failed, as the reply says; the message is empty when the server
+  // gave no reason.
+  static ServerFailure FailureOf(const std::string& op, const wire::Message& message);
+  void NotifyFailure(ServerFailure failure);
   void Fail(Pending pending, int32_t status);
   void JoinThreads();
 
@@ -105,7 +138,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::shared_ptr<CallbackExecutor> mExecutor;
   const Options mOptions;
   std::shared_ptr<ConnectionBuffers> mBuffers;
-  std::function<void()> mOnBreak;
+  BreakHandler mOnBreak;
+  FailureHandler mOnFailed;
 
   std::mutex mMutex;
   std::atomic<bool> mBroken{false};
@@ -114,6 +148,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::map<std::string, NoticeHandler> mNoticeHandlers;
   std::map<uint64_t, ObjectNoticeHandler> mSubscribers;
   std::atomic<int64_t> mLastHeardNanos{0};
+  uint64_t mPingsSent = 0;  // guarded by mMutex
   std::condition_variable mHeartbeatWake;
 
   std::thread mReader;

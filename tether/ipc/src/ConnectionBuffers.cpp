@@ -44,7 +44,14 @@ std::shared_ptr<processcoordination::BinaryReference> ConnectionBuffers::Adopt(c
     if (fds.size() != 1) {
       throw wire::WireError("buffer reply with more than one descriptor");
     }
-    mapping = wire::MappedBuffer::Map(std::move(fds[0]), capacity);
+    try {
+      mapping = wire::MappedBuffer::Map(std::move(fds[0]), capacity);
+    } catch (const wire::WireError&) {
+      // Refused (too large, unsealed, short): the server's pool must not keep
+      // it for us, or every refused frame would stay allocated there.
+      HandBackRefused(id);
+      throw;
+    }
     fds.clear();
   }
 
@@ -81,6 +88,14 @@ std::shared_ptr<processcoordination::BinaryReference> ConnectionBuffers::Adopt(c
                                                      self->ReturnBuffer(released);
                                                    }
                                                  });
+}
+
+void ConnectionBuffers::HandBackRefused(uint32_t id) {
+  std::lock_guard lock(mMutex);
+  if (mHeld.count(id) == 0 && mConnected && mRelease) {
+    mMapped.erase(id);
+    mRelease(id);
+  }
 }
 
 void ConnectionBuffers::ReturnBuffer(uint32_t id) {

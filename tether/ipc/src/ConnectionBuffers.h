@@ -47,6 +47,9 @@ class ConnectionBuffers : public std::enable_shared_from_this<ConnectionBuffers>
 
  private:
   void ReturnBuffer(uint32_t id);
+  // Gives back a buffer whose descriptor was refused, unless the client holds
+  // it (then the reply was the server's error, and the buffer stays ours).
+  void HandBackRefused(uint32_t id);
 
   mutable std::mutex mMutex;
   ReleaseFunction mRelease;

@@ -9,7 +9,10 @@
 
 #include <kilncore/logging/Log.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdlib>
+#include <functional>
 #include <mutex>
 
 namespace tether::ipc {
@@ -29,12 +32,23 @@ struct IpcBackend::Impl : std::enable_shared_from_this<Impl> {
   std::shared_ptr<Connection> connection;
   pid_t pid = 0;
   bool shutDown = false;
+  ServerLossListener lossListener;
+  RequestFailureListener failureListener;
+  // Listener calls under way, so that replacing a listener can wait for them.
+  int listenerCalls = 0;
+  std::condition_variable listenersIdle;
 
   // The connection, made now if there is none or it broke. Null if no server
   // can be reached. Serialised, so that one server is started, not several.
   std::shared_ptr<Connection> EnsureConnection();
   wire::UniqueFd Connect(pid_t& started);
-  void ServerGone(pid_t started);
+  void ServerGone(pid_t started, const std::string& reason);
+  // Calls `tell` with the listeners installed now, unless the backend is
+  // ending; counted, so that a setter can wait until the call is over.
+  void CallListeners(const std::function<void(const ServerLossListener&, const RequestFailureListener&)>& tell);
+  // After this, no call of a replaced listener runs (unless it is the caller).
+  void WaitForListenerCalls(std::unique_lock<std::mutex>& lock);
+  void RequestFailed(pid_t started, const ServerFailure& failure);
   void Shutdown();
 
   template <class Typed, class Callback>
@@ -73,9 +87,18 @@ std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
   }
   std::weak_ptr<Impl> weak = weak_from_this();
   Connection::Options connectionOptions{options.heartbeatInterval, options.heartbeatTimeout};
-  fresh = Connection::Start(std::move(socket), executor, connectionOptions, [weak, started] {
+  // Only a connection that came up can be lost; one that fails its
+  // handshake fails the creation that wanted it, and that is all.
+  auto established = std::make_shared<std::atomic<bool>>(false);
+  fresh = Connection::Start(std::move(socket), executor, connectionOptions,
+                            [weak, started, established](const std::string& why) {
+                              if (auto self = weak.lock(); self && established->load()) {
+                                self->ServerGone(started, why);
+                              }
+                            });
+  fresh->OnRequestFailed([weak, started](const ServerFailure& failure) {
     if (auto self = weak.lock()) {
-      self->ServerGone(started);
+      self->RequestFailed(started, failure);
     }
   });
   if (!fresh->Handshake(std::max(options.heartbeatTimeout, kMinimumHandshakeWait))) {
@@ -83,6 +106,7 @@ std::shared_ptr<Connection> IpcBackend::Impl::EnsureConnection() {
     EndServer(started, true);
     return nullptr;
   }
+  established->store(true);
   connection = fresh;
   pid = started;
   return fresh;
@@ -111,19 +135,78 @@ wire::UniqueFd IpcBackend::Impl::Connect(pid_t& started) {
 }
 
 // A broken connection's server is of no more use; a stuck one is killed, so
-// that it doesn't linger beside the fresh one.
-void IpcBackend::Impl::ServerGone(pid_t started) {
-  if (started == 0) {
-    return;
+// that it doesn't linger beside the fresh one. Whoever installed a listener
+// hears of it, unless the backend is ending.
+void IpcBackend::Impl::ServerGone(pid_t started, const std::string& reason) {
+  bool ours = false;
+  {
+    std::lock_guard lock(mutex);
+    if (shutDown) {
+      return;
+    }
+    ours = started != 0 && pid == started;
+    if (ours) {
+      pid = 0;
+    }
+  }
+  ServerLoss loss{started, reason, {}};
+  if (ours) {
+    // A stuck server is ended at once; one that closed its end is dying.
+    std::string ended = DescribeEndedServer(started, reason.rfind(kClosedByServer, 0) == 0);
+    if (!ended.empty()) {
+      loss.reason += "; " + ended;
+    }
+    EndServer(started, true);
+  }
+  CallListeners([&](const ServerLossListener& onLoss, const RequestFailureListener&) {
+    if (onLoss) {
+      onLoss(loss);
+    }
+  });
+}
+
+void IpcBackend::Impl::RequestFailed(pid_t started, const ServerFailure& failure) {
+  CallListeners([&](const ServerLossListener& onLoss, const RequestFailureListener& onFailure) {
+    if (onFailure) {
+      onFailure(failure);
+    }
+    // A lost request is lost to its server: nobody will ever answer it.
+    if (onLoss && failure.status == wire::kStatusRequestLost) {
+      const std::string& op = failure.operation;
+      onLoss(ServerLoss{started, "the server never received a \"" + op + "\" request (lost on the way)", op});
+    }
+  });
+}
+
+void IpcBackend::Impl::CallListeners(
+    const std::function<void(const ServerLossListener&, const RequestFailureListener&)>& tell) {
+  ServerLossListener onLoss;
+  RequestFailureListener onFailure;
+  {
+    std::lock_guard lock(mutex);
+    if (shutDown) {
+      return;
+    }
+    onLoss = lossListener;
+    onFailure = failureListener;
+    ++listenerCalls;
+  }
+  try {
+    tell(onLoss, onFailure);
+  } catch (...) {
+    kilncore::logging::LogException(std::current_exception(), "tether::ipc::IpcBackend listener");
   }
   {
     std::lock_guard lock(mutex);
-    if (pid != started) {
-      return;  // already ended by whoever replaced the connection
-    }
-    pid = 0;
+    --listenerCalls;
   }
-  EndServer(started, true);
+  listenersIdle.notify_all();
+}
+
+void IpcBackend::Impl::WaitForListenerCalls(std::unique_lock<std::mutex>& lock) {
+  if (!executor->IsExecutorThread()) {
+    listenersIdle.wait(lock, [this] { return listenerCalls == 0; });
+  }
 }
 
 void IpcBackend::Impl::Shutdown() {
@@ -197,6 +280,18 @@ void IpcBackend::CreateEaselServer(EaselServer::CreateCallback callback) {
 
 void IpcBackend::CreateDarkslideServer(DarkslideServer::CreateCallback callback) {
   mImpl->CreateTyped<IpcDarkslideServer>("Darkslide", std::move(callback), kServerConnectionTypeDefault);
+}
+
+void IpcBackend::SetServerLossListener(ServerLossListener listener) {
+  std::unique_lock lock(mImpl->mutex);
+  mImpl->lossListener = std::move(listener);
+  mImpl->WaitForListenerCalls(lock);
+}
+
+void IpcBackend::SetRequestFailureListener(RequestFailureListener listener) {
+  std::unique_lock lock(mImpl->mutex);
+  mImpl->failureListener = std::move(listener);
+  mImpl->WaitForListenerCalls(lock);
 }
 
 pid_t IpcBackend::ServerProcessId() const {

@@ -100,6 +100,30 @@ wire::UniqueFd ConnectToSocket(const std::string& path) {
   return socket;
 }
 
+std::string DescribeEndedServer(pid_t pid, bool grace) {
+  if (pid <= 0) {
+    return {};
+  }
+  // A process closes its descriptors a moment before it can be reaped: a
+  // dying server is given that moment, a stuck one isn't waited for.
+  int status = 0;
+  pid_t reaped = 0;
+  const int attempts = grace ? 20 : 1;
+  for (int attempt = 0; attempt < attempts && reaped == 0; ++attempt) {
+    reaped = ::waitpid(pid, &status, WNOHANG);
+    if (reaped == 0 && attempt + 1 < attempts) {
+      ::usleep(5000);
+    }
+  }
+  if (reaped != pid) {
+    return {};
+  }
+  if (WIFSIGNALED(status)) {
+    return "it was killed by signal " + std::to_string(WTERMSIG(status)) + " (" + ::strsignal(WTERMSIG(status)) + ")";
+  }
+  return "it exited with status " + std::to_string(WEXITSTATUS(status));
+}
+
 void EndServer(pid_t pid, bool kill) {
   if (pid <= 0) {
     return;

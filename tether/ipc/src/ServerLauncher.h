@@ -32,4 +32,10 @@ wire::UniqueFd ConnectToSocket(const std::string& path);
 // Ends a started server: SIGKILL if `kill`, SIGTERM otherwise, and reaps it.
 void EndServer(pid_t pid, bool kill);
 
+// How a started server that has ended ended ("it exited with status 1", "it
+// was killed by signal 9 (Killed)"), reaping it; empty if it still runs.
+// With `grace` (its end of the socket closed: it is on its way out) it is
+// given a moment to finish dying.
+std::string DescribeEndedServer(pid_t pid, bool grace);
+
 }  // namespace tether::ipc

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tether/Backend.h>
+#include <tether/ServerFailure.h>
 #include <tether/wire/UniqueFd.h>
 
 #include <sys/types.h>
@@ -45,6 +46,30 @@ struct IpcBackendOptions {
 // server where the backend starts them).
 class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBackend> {
  public:
+  // A connection to a server that broke while the backend was in use, or one
+  // request that its server never received (the connection stays up).
+  struct ServerLoss {
+    // The server process this backend started, or 0 (a server started by
+    // hand, or an in-process one).
+    pid_t pid = 0;
+    // What happened, in words: "the server closed the connection; it was
+    // killed by signal 9 (Killed)", "the server stopped answering (...)".
+    std::string reason;
+    // The lost request's operation; empty when the whole server was lost.
+    std::string operation;
+  };
+  // Called once per lost connection, and once per lost request, on a library
+  // thread, after the requests concerned have failed. What a host does then is in docs/protocol.md ("When a
+  // server goes"): a request the module waits on for a renderer that can no
+  // longer come ends only through CancelPendingRequests.
+  using ServerLossListener = std::function<void(const ServerLoss&)>;
+  // Told of every request that failed for good (not of cancelled renders, nor
+  // of requests that a lost connection failed): the operation, the status and
+  // the server's reason, if it gave one. A host learns here, for example, that
+  // no video renderer can be had, after which the module waits until
+  // CancelPendingRequests.
+  using RequestFailureListener = std::function<void(const ServerFailure&)>;
+
   // Makes a connected socket; an invalid descriptor means no server can be had.
   using Connector = std::function<wire::UniqueFd()>;
 
@@ -63,6 +88,16 @@ class IpcBackend : public Backend, public std::enable_shared_from_this<IpcBacken
   void CreateTolmenServer(TolmenServer::CreateCallback callback, ServerConnectionType type) override;
   void CreateEaselServer(EaselServer::CreateCallback callback) override;
   void CreateDarkslideServer(DarkslideServer::CreateCallback callback) override;
+
+  // Installs the listener told of every lost server from now on (replacing
+  // the previous one; empty: none). Not told when the backend itself ends.
+  // When it returns, no call of the previous listener is under way (unless
+  // called from a listener), so the previous one may go.
+  void SetServerLossListener(ServerLossListener listener);
+  // Installs the listener told of failed requests (replacing the previous one;
+  // empty: none). Called on a library thread, after the request's callback.
+  // Waits for calls of the previous one as SetServerLossListener does.
+  void SetRequestFailureListener(RequestFailureListener listener);
 
   // The process id of the server this backend started for its current
   // connection, or 0.

@@ -40,6 +40,12 @@ inline constexpr int32_t kStatusServerUnavailable = 3;
 inline constexpr int32_t kStatusNotFound = 4;
 inline constexpr int32_t kStatusNotSupported = 5;
 inline constexpr int32_t kStatusBadMessage = 6;
+// A frame larger than the client maps (the limit it states in "hello"): the
+// server refuses it before allocating anything for it.
+inline constexpr int32_t kStatusTooLarge = 7;
+// A request that the server doesn't hold although it has read everything the
+// client sent before a ping: lost on the way, it would never be answered.
+inline constexpr int32_t kStatusRequestLost = 8;
 // The answer to a video render that the client cancelled before the server
 // could deliver it. Negative so that it can't be mistaken for a server's
 // failure: a client that cancelled a frame expects exactly this value back.
