@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -118,6 +119,19 @@ void Refuse(tether::wire::UniqueFd client, size_t cap) {
     channel.Send(refused);
   } catch (const std::exception&) {
     // The client is gone already: nobody to tell.
+    return;
+  }
+  // Closed at once, the socket would meet the client's hello, sent as it
+  // connected, with a broken pipe, and the client would report that rather
+  // than the reason. So the server stops writing, reads and drops what the
+  // client still sends until it hangs up, for a quarter of a second at most.
+  const int fd = channel.Descriptor();
+  ::shutdown(fd, SHUT_WR);
+  timeval drain{0, 250000};
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &drain, sizeof(drain));
+  char discarded[4096];
+  const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(250);
+  while (std::chrono::steady_clock::now() < until && ::read(fd, discarded, sizeof(discarded)) > 0) {
   }
 }
 
