@@ -70,8 +70,16 @@ int Import(WF::IMediaModule& module, const std::string& path) {
   video->GetPixelAspectRatio(format.pixelAspectRatio);
   format.fieldType = video->GetFieldType();
   KL::IVideoSource::Frame frame;
-  if (video->SelectFrameFormat(kilnmediatypes::TickTime(0), format) < 0 ||
-      video->GetFrame(kilnmediatypes::TickTime(0), format, prefs, false, frame) < 0 || !frame) {
+  if (video->SelectFrameFormat(kilnmediatypes::TickTime(0), format) < 0) {
+    std::fprintf(stderr, "consumer: frame 0 has no format\n");
+    return 1;
+  }
+  // A blocking request can be released just before its frame is filed; the
+  // frame is in the cache by then, so one more request finds it there.
+  if (video->GetFrame(kilnmediatypes::TickTime(0), format, prefs, false, frame) < 0 || !frame) {
+    video->GetFrame(kilnmediatypes::TickTime(0), format, prefs, false, frame);
+  }
+  if (!frame) {
     std::fprintf(stderr, "consumer: frame 0 could not be had\n");
     return 1;
   }
