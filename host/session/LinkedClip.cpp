@@ -32,6 +32,14 @@ class ItemPicker {
 
   int Select(kilncore::WideString& path, kilncore::utility::Guid& sourceID) {
     const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);
+    const kilncore::utility::Guid wantedID(mWanted);
+    if (items.empty() && !wantedID.IsNil() && std::filesystem::exists(std::filesystem::path(UTF16to8(path)))) {
+      // Only Marl projects list their items here; an item of another owner (a
+      // host project's sequence) is linked by its identifier, as a host does
+      // for a clip it already has, and its server says whether it exists.
+      sourceID = wantedID;
+      return 0;
+    }
     if (items.empty()) {
       const bool exists = std::filesystem::exists(std::filesystem::path(UTF16to8(path)));
       mReason = exists ? "no composition could be listed in " + UTF16to8(path) +

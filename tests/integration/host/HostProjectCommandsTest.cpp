@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -80,6 +81,32 @@ TEST(SegmentsCommandTest, BadRangesAreUsageErrors) {
       RunTetherhost("segments '" + (kHost / "smart.tlmproj").string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000A1 --range 9-3");
   EXPECT_EQ(status, 2);
   EXPECT_EQ(output, "tetherhost: not a frame range A-B: 9-3 (see 'tetherhost segments --help')\n");
+}
+
+TEST(ImportCommandTest, HostProjectSequenceImportsByItsIdentifier) {
+  const fs::path out = fs::temp_directory_path() / ("host-sequence-" + kilncore::utility::Guid::CreateUnique().AsUTF8String());
+  const auto [status, output] =
+      RunTetherhost("import '" + (kHost / "smart.tlmproj").string() +
+                    "' --item 5E7A1C0D-0000-4000-8000-0000000000A1 --frames 0-20/10 --out '" + out.string() + "'");
+  ASSERT_EQ(status, 0) << output;
+  EXPECT_NE(output.find("Smart 64x36"), std::string::npos) << output;
+  EXPECT_NE(output.find("64 x 36"), std::string::npos) << output;
+  for (const char* name : {"frame_00000.png", "frame_00010.png", "frame_00020.png", "contact-sheet.png"}) {
+    EXPECT_TRUE(fs::exists(out / name)) << name;
+  }
+  fs::remove_all(out);
+}
+
+TEST(ImportCommandTest, UnknownSequenceOfAHostProjectFailsInOneLine) {
+  const fs::path out = fs::temp_directory_path() / ("host-sequence-" + kilncore::utility::Guid::CreateUnique().AsUTF8String());
+  const auto [status, output] = RunTetherhost("import '" + (kHost / "smart.tlmproj").string() + "' --item " +
+                                              kilncore::utility::Guid::CreateUnique().AsUTF8String() +
+                                              " --frames 0 --out '" + out.string() + "'");
+  EXPECT_EQ(status, 1) << output;
+  EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
+  EXPECT_EQ(output.rfind("tetherhost: ", 0), 0u) << output;
+  EXPECT_FALSE(fs::exists(out / "frame_00000.png"));
+  fs::remove_all(out);
 }
 
 }  // namespace
