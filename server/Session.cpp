@@ -535,8 +535,10 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
   if (op == "project.get-source") {
     expect(Kind::kProject);
-    auto item = target->project->GetItem(GuidFromTree(Field(args, "id")));
+    const Guid id = GuidFromTree(Field(args, "id"));
+    auto item = target->project->GetItem(id);
     if (!item) {
+      FailureReason::Set("the project has no item " + id.AsUTF8String());
       return kStatusNotFound;
     }
     storeSource(std::move(item));

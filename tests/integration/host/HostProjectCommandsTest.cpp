@@ -99,10 +99,12 @@ TEST(ImportCommandTest, HostProjectSequenceImportsByItsIdentifier) {
 
 TEST(ImportCommandTest, UnknownSequenceOfAHostProjectFailsInOneLine) {
   const fs::path out = fs::temp_directory_path() / ("host-sequence-" + kilncore::utility::Guid::CreateUnique().AsUTF8String());
+  const std::string unknown = kilncore::utility::Guid::CreateUnique().AsUTF8String();
   const auto [status, output] = RunTetherhost("import '" + (kHost / "smart.tlmproj").string() + "' --item " +
-                                              kilncore::utility::Guid::CreateUnique().AsUTF8String() +
-                                              " --frames 0 --out '" + out.string() + "'");
+                                              unknown + " --frames 0 --out '" + out.string() + "'");
   EXPECT_EQ(status, 1) << output;
+  // The server's own reason, not the failed listing of a Marl project's items.
+  EXPECT_NE(output.find("the project has no item " + unknown), std::string::npos) << output;
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
   EXPECT_EQ(output.rfind("tetherhost: ", 0), 0u) << output;
   EXPECT_FALSE(fs::exists(out / "frame_00000.png"));
