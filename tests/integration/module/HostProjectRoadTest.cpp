@@ -88,7 +88,7 @@ TEST_P(HostProjectRoadTest, TwoSegmentsOfOneClipShareOnePerClipStreamAndInstance
   RL::FrameFormat format = WantedFormat(kilnmediatypes::kPixelFormat_BGRA_4444_8u);
   perClip->SelectFrameFormat(TickTime(15 * kTicksPerFrame), format);
   KL::IVideoSource::Frame frame;
-  ASSERT_EQ(perClip->GetFrame(TickTime(15 * kTicksPerFrame), format, mClip->Prefs(), false, frame), 0);
+  ASSERT_EQ(GetFrameAsTheHostDoes(perClip, mClip->Prefs(), TickTime(15 * kTicksPerFrame), format, frame), 0);
   ASSERT_TRUE(frame);
   const auto* pixels = static_cast<const uint8_t*>(frame->GetData());
   const size_t middle = (size_t{18} * static_cast<size_t>(frame->GetRowBytes())) + 32 * 4;

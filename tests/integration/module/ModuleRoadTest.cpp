@@ -50,21 +50,29 @@ constexpr int32_t kRenderFailed = static_cast<int32_t>(0xA00F0001);
 
 }  // namespace
 
-int32_t GetFrameAsTheHostDoes(const HostClip& clip, kilnmediatypes::TickTime time, const RL::FrameFormat& format,
-                              KL::IVideoSource::Frame& frame) {
-  const auto video = clip.Video();
-  int32_t result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+int32_t GetFrameAsTheHostDoes(const kilncore::classref::InterfaceRef<KL::IVideoSource>& video,
+                              const RL::BinaryData& prefs, kilnmediatypes::TickTime time,
+                              const RL::FrameFormat& format, KL::IVideoSource::Frame& frame) {
+  int32_t result = video->GetFrame(time, format, prefs, false, frame);
   const bool settled = WaitUntil([&] {
     if (result != kMetRenderInFlight) return true;
-    result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+    result = video->GetFrame(time, format, prefs, false, frame);
     return result != kMetRenderInFlight;
   });
   EXPECT_TRUE(settled) << "the render in flight never finished";
-  if (result == kRenderFailed && !frame &&
-      Pane::SharedPaneCache::Instance().Contains(clip.FrameIdentifier(time, format))) {
-    result = video->GetFrame(time, format, clip.Prefs(), false, frame);
+  if (result == kRenderFailed && !frame) {
+    kilncore::utility::Guid identifier;
+    EXPECT_GE(video->GetIdentifierForSourceVideo(identifier, time, format, prefs), 0);
+    if (Pane::SharedPaneCache::Instance().Contains(identifier)) {
+      result = video->GetFrame(time, format, prefs, false, frame);
+    }
   }
   return result;
+}
+
+int32_t GetFrameAsTheHostDoes(const HostClip& clip, kilnmediatypes::TickTime time, const RL::FrameFormat& format,
+                              KL::IVideoSource::Frame& frame) {
+  return GetFrameAsTheHostDoes(clip.Video(), clip.Prefs(), time, format, frame);
 }
 
 std::optional<tetherserver::FrameStamp> StampOf(const KL::IVideoSource::Frame& frame) {

@@ -60,6 +60,11 @@ class ModuleRoadTest : public ::testing::TestWithParam<ServerMode> {
 // frame comes from the cache then, at no cost to the server.
 int32_t GetFrameAsTheHostDoes(const HostClip& clip, kilnmediatypes::TickTime time, const RL::FrameFormat& format,
                               KL::IVideoSource::Frame& frame);
+// The same for any video stream with the prefs it is asked with (a per-clip
+// stream of a sequence, say).
+int32_t GetFrameAsTheHostDoes(const kilncore::classref::InterfaceRef<KL::IVideoSource>& video,
+                              const RL::BinaryData& prefs, kilnmediatypes::TickTime time,
+                              const RL::FrameFormat& format, KL::IVideoSource::Frame& frame);
 
 // The server's stamp in `frame`, or nothing.
 std::optional<tetherserver::FrameStamp> StampOf(const KL::IVideoSource::Frame& frame);
