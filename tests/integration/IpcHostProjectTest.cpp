@@ -2,6 +2,7 @@
 // sequences, exported items, frames of stills, missing media and gaps, and the
 // named requests of a sequence, over both roads to a server.
 #include "IpcTestSupport.h"
+#include "ServerModes.h"
 
 #include <ServerProcessInProcess.h>
 #include <server/render/FrameStamp.h>
@@ -44,8 +45,6 @@ File ExampleFile(const std::string& name) {
   return File(kilncore::WideString(path.begin(), path.end()));
 }
 
-enum class Mode { kInProcess, kChildProcess };
-
 // Waits for GetItemsAsXML's callback.
 template <class Start>
 std::pair<int, std::string> AwaitText(Start start) {
@@ -84,13 +83,7 @@ class IpcHostProjectTest : public ::testing::TestWithParam<Mode> {
  protected:
   void SetUp() override {
     mInProcess = std::make_unique<tetherserver::InProcessServer>();
-    if (GetParam() == Mode::kInProcess) {
-      mBackend = ipc::IpcBackend::CreateWithConnector([this] { return mInProcess->Connect(); });
-    } else {
-      ipc::IpcBackendOptions options;
-      options.serverExecutable = TETHER_TEST_SERVER_EXECUTABLE;
-      mBackend = ipc::IpcBackend::Create(options);
-    }
+    mBackend = MakeBackendFor(GetParam(), *mInProcess);
     auto [typedStatus, typed] =
         Await<TolmenServer>([&](auto cb) { mBackend->CreateTolmenServer(cb, kServerConnectionTypeDefault); });
     ASSERT_EQ(typedStatus, 0);

@@ -2,6 +2,7 @@
 // opens, cancelled renders, file servers, remote assets, XML export, captions
 // and font changes, over both roads to a server.
 #include "IpcTestSupport.h"
+#include "ServerModes.h"
 
 #include <ServerProcessInProcess.h>
 #include <SessionSyntheticContent.h>
@@ -38,8 +39,6 @@ File ExampleFile(const std::string& name) {
   return File(kilncore::WideString(path.begin(), path.end()));
 }
 
-enum class Mode { kInProcess, kChildProcess };
-
 // Waits for one callback shaped (status, value) and gives both back.
 template <class T, class Start>
 std::pair<int, T> AwaitValue(Start start) {
@@ -57,13 +56,7 @@ class IpcServerRoadsTest : public ::testing::TestWithParam<Mode> {
  protected:
   void SetUp() override {
     mInProcess = std::make_unique<tetherserver::InProcessServer>();
-    if (GetParam() == Mode::kInProcess) {
-      mBackend = ipc::IpcBackend::CreateWithConnector([this] { return mInProcess->Connect(); });
-    } else {
-      ipc::IpcBackendOptions options;
-      options.serverExecutable = TETHER_TEST_SERVER_EXECUTABLE;
-      mBackend = ipc::IpcBackend::Create(options);
-    }
+    mBackend = MakeBackendFor(GetParam(), *mInProcess);
   }
   void TearDown() override {
     mBackend.reset();
