@@ -3,6 +3,8 @@ find_package(Threads REQUIRED)
 find_package(Boost 1.74 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
+# The Farside service and its client speak HTTP with cpp-httplib.
+pkg_check_modules(CPPHTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
 find_package(pugixml REQUIRED)
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 

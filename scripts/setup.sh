@@ -21,6 +21,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libgtk-3-dev xvfb xdotool x11-apps netpbm
   ffmpeg
+  libcpp-httplib-dev libssl-dev zlib1g-dev libbrotli-dev
 )
 
 as_root() {
