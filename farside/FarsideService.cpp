@@ -123,6 +123,9 @@ uint16_t FarsideService::Start() {
   // The socket listens once bound: connections made before the thread runs
   // wait in its queue.
   mThread = std::thread([this] { mServer->listen_after_bind(); });
+  // A stop before the loop runs would be missed by the HTTP library, and the
+  // loop would then never end: Start returns once it runs.
+  while (!mServer->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return mPort;
 }
 
