@@ -64,6 +64,7 @@ std::shared_ptr<const SessionItem> SessionProjectContent::OpenFarsideAsset(
     status = tether::wire::kStatusNotSupported;
     return nullptr;
   }
+  if (FarsideAssetOpener::NamesServiceAsset(request)) return mFarside.Open(*handler, request, status);
   return handler->OpenFarsideAsset(request, status);
 }
 

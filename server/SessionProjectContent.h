@@ -3,6 +3,8 @@
 #include "OwnerHandler.h"
 #include "SessionContent.h"
 
+#include <server/farside/FarsideAssetOpener.h>
+
 #include <map>
 #include <memory>
 #include <string>
@@ -37,6 +39,8 @@ class SessionProjectContent : public SessionContent {
   const OwnerHandler* Find(const std::string& application) const;
 
   std::map<std::string, std::shared_ptr<const OwnerHandler>> mHandlers;
+  // Remote assets of a Farside service, fetched and kept in the cache folder.
+  FarsideAssetOpener mFarside{FarsideAssetCache(FarsideAssetCache::DefaultFolder())};
 };
 
 }  // namespace tetherserver
