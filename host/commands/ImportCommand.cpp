@@ -1,6 +1,7 @@
 #include <host/commands/ImportCommand.h>
 
 #include <host/commands/ClipReport.h>
+#include <host/commands/FarsideCommands.h>
 
 #include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
@@ -274,7 +275,9 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   // Standard output carries data: the report goes to standard error.
   if (toStandardOutput > 0) session.Progress().SetReportStream(stderr);
   return session.RunWithUserInterface([&] {
-    LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
+    LinkedClip clip = IsFarsideName(options.project.string())
+                          ? ImportFarsideAsset(session.Module(), options.project.string(), options.item)
+                          : LinkedClip::Import(session.Module(), options.project, options.item);
     if (guides) {
       // The clip's own options, changed in one switch, as a settings dialog does.
       tether::MarlRenderOptions renderOptions;
@@ -302,7 +305,10 @@ void AddImportCommand(CommandLine& commandLine) {
         HostSession session;
         return RunImport(session, *options);
       });
-  import->add_option("PROJECT", options->project, "the project file")->required();
+  import->add_option("PROJECT", options->project,
+                     "the project file, or a remote name (farside:PRODUCTION[@VERSION], an asset name or a "
+                     "linked-asset text)")
+      ->required();
   import->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
   import->add_option("--frames", options->frames,
                      "frames, such as 0-9, 0-100/10 or 1,5,9 (default: 12 spread over the clip)");
@@ -319,6 +325,7 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--raw", options->raw,
                      "write the frames as raw RGBA (8 or 16 bits) to this file, or '-', instead of PNG files");
   import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
+  AddFarsideOptions(*import);
 }
 
 }  // namespace tetherhost

@@ -1,6 +1,7 @@
 #include <host/commands/ListCommand.h>
 
 #include <host/cli/CommandLine.h>
+#include <host/commands/FarsideCommands.h>
 #include <host/cli/HostError.h>
 #include <host/session/HostSession.h>
 #include <host/session/ProgressView.h>
@@ -41,6 +42,7 @@ std::string ListJson(const std::vector<tether::ItemInfo>& items) {
 }  // namespace
 
 int RunList(HostSession& session, const std::filesystem::path& project, bool json) {
+  if (IsFarsideName(project.string())) return RunFarsideList(session, project.string(), json);
   if (!std::filesystem::exists(project)) {
     throw HostError("no such file: " + project.string(), static_cast<int32_t>(0xA00F0003u));
   }
@@ -66,8 +68,10 @@ void AddListCommand(CommandLine& commandLine) {
     HostSession session;
     return RunList(session, *project, *json);
   });
-  list->add_option("PROJECT", *project, "the project file")->required();
+  list->add_option("PROJECT", *project, "the project file, or a Farside production as farside:PRODUCTION[@VERSION]")
+      ->required();
   list->add_flag("--json", *json, "print a JSON array instead of lines for people");
+  AddFarsideOptions(*list);
 }
 
 }  // namespace tetherhost

@@ -99,6 +99,11 @@ LinkedClip LinkedClip::Import(WF::IMediaModule& module, const std::filesystem::p
   return LinkedClip(std::move(result), std::move(prefs));
 }
 
+LinkedClip LinkedClip::Adopt(InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs) {
+  if (!item) throw HostError("the import gave no item");
+  return LinkedClip(std::move(item), std::move(prefs));
+}
+
 void LinkedClip::SetRenderOptions(const tether::MarlRenderOptions& options) {
   mPrefs = TetherMedia::BuildPrefsWithApplicationSpecificRenderOptions(TetherMedia::PrefsToSourceIDAsString(mPrefs),
                                                                        options.AsString());

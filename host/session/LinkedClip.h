@@ -49,6 +49,9 @@ class LinkedClip {
   // empty picks the project's first. Throws HostError with the module's code
   // (or the host's own reason, such as an item that isn't in the project).
   static LinkedClip Import(WF::IMediaModule& module, const std::filesystem::path& path, const std::string& item);
+  // The clip of an item that the host opened by another road (a remote asset
+  // opened by its request), with the prefs that came back.
+  static LinkedClip Adopt(kilncore::classref::InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs);
 
   // Replaces the clip's render options (guide layers, down-sampling, ...), as
   // the render settings of a clip do; streams made afterwards use them.

@@ -1,5 +1,7 @@
 #include <server/farside/FarsideAssetOpener.h>
 
+#include <server/farside/FarsideAssetItem.h>
+
 #include <server/FailureReason.h>
 #include <server/OwnerHandler.h>
 
@@ -115,8 +117,15 @@ std::shared_ptr<const SessionItem> FarsideAssetOpener::Open(const OwnerHandler& 
     return nullptr;
   }
   auto item = project->GetItem(*id);
-  status = item ? tether::wire::kStatusOK : tether::wire::kStatusNotFound;
-  return item;
+  if (!item) {
+    status = tether::wire::kStatusNotFound;
+    return nullptr;
+  }
+  status = tether::wire::kStatusOK;
+  // The version found, so that the description names what was opened.
+  tether::FarsideAssetRequestInfo opened = request;
+  opened.version = record.version;
+  return std::make_shared<FarsideAssetItem>(std::move(item), opened);
 }
 
 }  // namespace tetherserver
