@@ -124,8 +124,9 @@ std::string ErrorMessage(std::string_view body) {
   rapidjson::Document document;
   document.Parse(body.data(), body.size());
   if (document.HasParseError() || !document.IsObject()) return {};
-  const auto found = document.FindMember("error");
-  if (found == document.MemberEnd() || !found->value.IsString()) return {};
+  const rapidjson::Value& root = document;
+  const auto found = root.FindMember("error");
+  if (found == root.MemberEnd() || !found->value.IsString()) return {};
   return std::string(found->value.GetString(), found->value.GetStringLength());
 }
 
