@@ -7,6 +7,8 @@
 
 #include <FarsideService.h>
 
+#include <FarsideCL/FarsideHttp.h>
+
 #include <kilncore/string/UTFConversion.h>
 #include <kilncore/utility/Guid.h>
 #include <tether/wire/Protocol.h>
@@ -139,6 +141,31 @@ TEST_F(FarsideLinkServerTest, FailuresCarryTheServicesReasonAndTheServerGoesOnSe
   auto local = Request("Simple 1080p25");
   local.production = (kExamples / "simple.marlp").string();
   EXPECT_EQ(Open("Marl", local).status, 0);
+}
+
+// A service that breaks the API, played through the client's transport.
+TEST_F(FarsideLinkServerTest, AShortFileOrAGarbageAnswerIsAFailureThatLeavesNoCopy) {
+  std::string assetAnswer =
+      R"({"production":"Trailer","version":"2","asset":"Titles","family":"marl","file":"titles.marlp","size":1000})";
+  kilncore::utility::ScopedSeam broken(FarsideCL::FarsideHttpGetSeam(),
+                                       [&assetAnswer](const FarsideCL::FarsideHttpRequest& request) {
+                                         if (request.path == "/v1/asset/file") {
+                                           return FarsideCL::FarsideHttpResponse{200, "{\"items\": [", ""};
+                                         }
+                                         return FarsideCL::FarsideHttpResponse{200, assetAnswer, ""};
+                                       });
+  const Opened shortFile = Open("Marl", Request("Titles"));
+  EXPECT_EQ(shortFile.status, tether::wire::kStatusFailed);
+  EXPECT_EQ(shortFile.reason, "Farside service: the file of asset 'Titles' came with 11 bytes of 1000");
+  assetAnswer = "<html>502 Bad Gateway</html>";
+  const Opened garbage = Open("Marl", Request("Titles"));
+  EXPECT_EQ(garbage.status, tether::wire::kStatusFailed);
+  EXPECT_EQ(garbage.reason.rfind("Farside service: the answer for an asset is not JSON", 0), 0u) << garbage.reason;
+  if (fs::exists(mCache)) {
+    for (const auto& entry : fs::recursive_directory_iterator(mCache)) {
+      EXPECT_FALSE(entry.is_regular_file()) << entry.path();
+    }
+  }
 }
 
 }  // namespace
