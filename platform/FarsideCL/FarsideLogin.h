@@ -13,7 +13,8 @@ namespace FarsideCL {
 // media locator asks the service where media are now. Throws
 // FarsideServiceError (the service's reason) when the service refuses the
 // token or can't be reached; nobody is logged in then.
-kilncore::classref::InterfaceRef<IFarsideCDataServer> LogIn(const std::string& address, const std::string& token,
-                                                             FarsideServiceClient::Timeouts timeouts = {});
+kilncore::classref::InterfaceRef<IFarsideCDataServer> LogIn(
+    const std::string& address, const std::string& token,
+    FarsideServiceClient::Timeouts timeouts = FarsideServiceClient::Timeouts::FromEnvironment());
 
 }  // namespace FarsideCL

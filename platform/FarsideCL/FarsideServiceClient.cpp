@@ -4,6 +4,8 @@
 #include <FarsideCL/FarsideServiceError.h>
 #include <FarsideCL/IFarsideCDataServer.h>
 
+#include <cstdlib>
+
 namespace FarsideCL {
 
 namespace {
@@ -13,7 +15,22 @@ std::string Authorization(const FarsideSCredentials& credentials) {
   return type + " " + credentials.GetSecret().AsUTF8();
 }
 
+std::chrono::milliseconds Milliseconds(const char* variable, std::chrono::milliseconds fallback) {
+  const char* text = std::getenv(variable);
+  if (text == nullptr) return fallback;
+  char* end = nullptr;
+  const long long value = std::strtoll(text, &end, 10);
+  return end != text && *end == '\0' && value > 0 ? std::chrono::milliseconds(value) : fallback;
+}
+
 }  // namespace
+
+FarsideServiceClient::Timeouts FarsideServiceClient::Timeouts::FromEnvironment() {
+  Timeouts timeouts;
+  timeouts.connect = Milliseconds("FARSIDE_CONNECT_TIMEOUT_MS", timeouts.connect);
+  timeouts.read = Milliseconds("FARSIDE_READ_TIMEOUT_MS", timeouts.read);
+  return timeouts;
+}
 
 FarsideServiceClient::FarsideServiceClient(std::string address, FarsideSCredentials credentials, Timeouts timeouts)
     : mAddress(std::move(address)), mAuthorization(Authorization(credentials)), mTimeouts(timeouts) {}

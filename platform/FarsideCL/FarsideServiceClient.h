@@ -26,11 +26,17 @@ class FarsideServiceClient {
   struct Timeouts {
     std::chrono::milliseconds connect{5000};
     std::chrono::milliseconds read{30000};
+
+    // The defaults, or what FARSIDE_CONNECT_TIMEOUT_MS and
+    // FARSIDE_READ_TIMEOUT_MS say (positive milliseconds), so that a process
+    // that starts others (a host and its link server) can shorten the waits.
+    static Timeouts FromEnvironment();
   };
 
   FarsideServiceClient(std::string address, FarsideSCredentials credentials, Timeouts timeouts);
+  // With Timeouts::FromEnvironment().
   FarsideServiceClient(std::string address, FarsideSCredentials credentials)
-      : FarsideServiceClient(std::move(address), std::move(credentials), Timeouts{}) {}
+      : FarsideServiceClient(std::move(address), std::move(credentials), Timeouts::FromEnvironment()) {}
   // The client of the data server's service, with its address and credentials.
   static FarsideServiceClient For(const IFarsideCDataServer& server);
 

@@ -137,11 +137,12 @@ class FarsideImportTest : public ::testing::Test {
 
   // Runs tetherhost with `arguments` (quoted for the shell), logged in to the
   // service with `token`, with a cache folder of this test's own.
-  Outcome Tetherhost(const std::string& arguments, const std::string& token = kToken) {
+  Outcome Tetherhost(const std::string& arguments, const std::string& token = kToken,
+                     const std::string& environment = {}) {
     const fs::path out = mFolder / "stdout.txt";
     const fs::path err = mFolder / "stderr.txt";
     const std::string command =
-        "TETHER_SERVER_CACHE='" + (mFolder / "cache").string() + "' TETHERHOST_FARSIDE_URL='" + mService->Address() +
+        environment + " TETHER_SERVER_CACHE='" + (mFolder / "cache").string() + "' TETHERHOST_FARSIDE_URL='" + mService->Address() +
         "' TETHERHOST_FARSIDE_TOKEN='" + token + "' TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
         std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " >'" + out.string() + "' 2>'" + err.string() +
         "' </dev/null";
@@ -286,6 +287,18 @@ TEST_F(FarsideImportTest, AServiceKilledDuringTheAssetsDownloadEndsTheImportWith
       EXPECT_FALSE(entry.is_regular_file()) << entry.path();
     }
   }
+}
+
+TEST_F(FarsideImportTest, AServiceTooSlowToSendTheAssetEndsTheImportAndServesOthersStill) {
+  StartService({"--stall-file-after", "100"});
+  // The link server inherits the shorter wait from tetherhost's environment.
+  const Outcome run = Tetherhost("import farside:Trailer --item Titles --frames 0 " + Out("slow"), kToken,
+                                 "FARSIDE_READ_TIMEOUT_MS=500");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("0xA00703E9"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("did not answer"), std::string::npos) << run.err;
+  const Outcome list = Tetherhost("list farside:Trailer");
+  EXPECT_EQ(list.status, 0) << list.err;
 }
 
 }  // namespace

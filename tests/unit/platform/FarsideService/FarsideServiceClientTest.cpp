@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <mutex>
 #include <sstream>
@@ -228,6 +229,16 @@ TEST_F(FarsideServiceClientTest, ASlowServiceEndsInATimeoutRatherThanAHang) {
   const FarsideServiceError error = ErrorOf([&] { client.WhoAmI(); });
   EXPECT_EQ(error.HttpStatus(), 0);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST(FarsideTimeoutsTest, TheEnvironmentShortensTheWaitsAndNonsenseKeepsTheDefaults) {
+  setenv("FARSIDE_READ_TIMEOUT_MS", "150", 1);
+  setenv("FARSIDE_CONNECT_TIMEOUT_MS", "soon", 1);
+  const FarsideServiceClient::Timeouts timeouts = FarsideServiceClient::Timeouts::FromEnvironment();
+  unsetenv("FARSIDE_READ_TIMEOUT_MS");
+  unsetenv("FARSIDE_CONNECT_TIMEOUT_MS");
+  EXPECT_EQ(timeouts.read, std::chrono::milliseconds(150));
+  EXPECT_EQ(timeouts.connect, FarsideServiceClient::Timeouts{}.connect);
 }
 
 TEST(FarsideServiceAnswersTest, GarbageIsAClearErrorNotACrash) {
