@@ -118,14 +118,14 @@ class ServiceProcess {
   std::string mSeen;
 };
 
-class FarsideImportTest : public ::testing::Test {
+class TetherhostFarsideTest : public ::testing::Test {
  protected:
-  FarsideImportTest()
+  TetherhostFarsideTest()
       : mFolder(fs::temp_directory_path() /
                 ("farside-import-test-" + kilncore::utility::Guid::CreateUnique().AsUTF8String())) {
     fs::create_directories(mFolder);
   }
-  ~FarsideImportTest() override {
+  ~TetherhostFarsideTest() override {
     std::error_code ignored;
     fs::remove_all(mFolder, ignored);
   }
@@ -165,7 +165,7 @@ class FarsideImportTest : public ::testing::Test {
 constexpr char kTitlesLink[] = R"({"production":"Trailer","mediaPath":"/Shots/Titles","version":"2","asset":"Titles"})";
 constexpr char kEditLink[] = R"({"production":"Trailer","mediaPath":"/Edits/Promo","version":"2","asset":"Edit"})";
 
-TEST_F(FarsideImportTest, ListShowsTheProductionsAssetsWithTheirFamiliesAndLinks) {
+TEST_F(TetherhostFarsideTest, ListShowsTheProductionsAssetsWithTheirFamiliesAndLinks) {
   StartService();
   const Outcome run = Tetherhost("list farside:Trailer --json");
   ASSERT_EQ(run.status, 0) << run.err;
@@ -183,7 +183,7 @@ TEST_F(FarsideImportTest, ListShowsTheProductionsAssetsWithTheirFamiliesAndLinks
   EXPECT_EQ(Tetherhost("list farside:Trailer@1").out.find("Edit"), std::string::npos);
 }
 
-TEST_F(FarsideImportTest, AMarlAssetByNameRendersItsCompositionsFrames) {
+TEST_F(TetherhostFarsideTest, AMarlAssetByNameRendersItsCompositionsFrames) {
   StartService();
   const Outcome run = Tetherhost("import farside:Trailer --item Titles --frames 0,12 " + Out("remote"));
   ASSERT_EQ(run.status, 0) << run.err;
@@ -206,7 +206,7 @@ TEST_F(FarsideImportTest, AMarlAssetByNameRendersItsCompositionsFrames) {
   }
 }
 
-TEST_F(FarsideImportTest, AHostProjectAssetByNameRendersItsSequence) {
+TEST_F(TetherhostFarsideTest, AHostProjectAssetByNameRendersItsSequence) {
   StartService();
   const Outcome run = Tetherhost("import " + Quoted(R"({"production":"Trailer","version":"2","asset":"Edit"})") +
                                  " --frames 0 " + Out("edit"));
@@ -215,7 +215,7 @@ TEST_F(FarsideImportTest, AHostProjectAssetByNameRendersItsSequence) {
   EXPECT_EQ(tetherhost::PngFile::Read(mFolder / "edit" / "frame_00000.png").width(), 1280);
 }
 
-TEST_F(FarsideImportTest, EachFamilyImportsByItsLinkedAssetText) {
+TEST_F(TetherhostFarsideTest, EachFamilyImportsByItsLinkedAssetText) {
   StartService();
   const Outcome titles = Tetherhost("import " + Quoted(kTitlesLink) + " --frames 0 " + Out("titles"));
   ASSERT_EQ(titles.status, 0) << titles.err;
@@ -225,7 +225,7 @@ TEST_F(FarsideImportTest, EachFamilyImportsByItsLinkedAssetText) {
   EXPECT_NE(edit.out.find("size:          1280 x 720"), std::string::npos) << edit.out;
 }
 
-TEST_F(FarsideImportTest, ALinkToARenamedProductionIsLocatedByTheService) {
+TEST_F(TetherhostFarsideTest, ALinkToARenamedProductionIsLocatedByTheService) {
   StartService();
   const Outcome run = Tetherhost(
       "import " + Quoted(R"({"production":"Trailer draft","mediaPath":"/Edits/Promo","version":"2","asset":"Edit"})") +
@@ -234,7 +234,7 @@ TEST_F(FarsideImportTest, ALinkToARenamedProductionIsLocatedByTheService) {
   EXPECT_NE(run.out.find("size:          1280 x 720"), std::string::npos) << run.out;
 }
 
-TEST_F(FarsideImportTest, AnAssetNameNamingNothingFailsWithTheServicesReason) {
+TEST_F(TetherhostFarsideTest, AnAssetNameNamingNothingFailsWithTheServicesReason) {
   StartService();
   const Outcome run = Tetherhost("import farside:Trailer --item Credits " + Out("none"));
   EXPECT_EQ(run.status, 1);
@@ -242,7 +242,7 @@ TEST_F(FarsideImportTest, AnAssetNameNamingNothingFailsWithTheServicesReason) {
   EXPECT_NE(run.err.find("0xA00F000E"), std::string::npos) << run.err;
 }
 
-TEST_F(FarsideImportTest, ARefusedTokenFailsWithTheServicesReason) {
+TEST_F(TetherhostFarsideTest, ARefusedTokenFailsWithTheServicesReason) {
   StartService();
   const Outcome run = Tetherhost("import farside:Trailer --item Titles " + Out("refused"), "not-the-token");
   EXPECT_EQ(run.status, 1);
@@ -250,7 +250,7 @@ TEST_F(FarsideImportTest, ARefusedTokenFailsWithTheServicesReason) {
   EXPECT_EQ(mService->Seen().find("not-the-token"), std::string::npos);
 }
 
-TEST_F(FarsideImportTest, AnExpiredTokenFailsAsExpired) {
+TEST_F(TetherhostFarsideTest, AnExpiredTokenFailsAsExpired) {
   const fs::path tokens = mFolder / "tokens.txt";
   std::ofstream(tokens) << "old expired-token 1000000000\n";
   StartService({"--tokens", tokens.string()});
@@ -259,7 +259,7 @@ TEST_F(FarsideImportTest, AnExpiredTokenFailsAsExpired) {
   EXPECT_NE(run.err.find("HTTP 401: the token has expired"), std::string::npos) << run.err;
 }
 
-TEST_F(FarsideImportTest, AServiceThatIsDownIsSaidSo) {
+TEST_F(TetherhostFarsideTest, AServiceThatIsDownIsSaidSo) {
   StartService();
   mService->Kill();
   const Outcome run = Tetherhost("list farside:Trailer");
@@ -267,7 +267,7 @@ TEST_F(FarsideImportTest, AServiceThatIsDownIsSaidSo) {
   EXPECT_NE(run.err.find("did not answer"), std::string::npos) << run.err;
 }
 
-TEST_F(FarsideImportTest, AServiceKilledDuringTheAssetsDownloadEndsTheImportWithItsReason) {
+TEST_F(TetherhostFarsideTest, AServiceKilledDuringTheAssetsDownloadEndsTheImportWithItsReason) {
   StartService({"--stall-file-after", "100"});
   Outcome run;
   std::thread import([&] { run = Tetherhost("import farside:Trailer --item Titles --frames 0 " + Out("killed")); });
@@ -289,7 +289,7 @@ TEST_F(FarsideImportTest, AServiceKilledDuringTheAssetsDownloadEndsTheImportWith
   }
 }
 
-TEST_F(FarsideImportTest, AServiceTooSlowToSendTheAssetEndsTheImportAndServesOthersStill) {
+TEST_F(TetherhostFarsideTest, AServiceTooSlowToSendTheAssetEndsTheImportAndServesOthersStill) {
   StartService({"--stall-file-after", "100"});
   // The link server inherits the shorter wait from tetherhost's environment.
   const Outcome run = Tetherhost("import farside:Trailer --item Titles --frames 0 " + Out("slow"), kToken,
