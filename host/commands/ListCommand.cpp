@@ -64,10 +64,11 @@ int RunList(HostSession& session, const std::filesystem::path& project, bool jso
 void AddListCommand(CommandLine& commandLine) {
   auto project = std::make_shared<std::filesystem::path>();
   auto json = std::make_shared<bool>(false);
-  CLI::App* list = commandLine.AddCommand("list", "list the compositions of a Marl project", [project, json] {
-    HostSession session;
-    return RunList(session, *project, *json);
-  });
+  CLI::App* list = commandLine.AddCommand(
+      "list", "list the compositions of a Marl project, or the assets of a Farside production", [project, json] {
+        HostSession session;
+        return RunList(session, *project, *json);
+      });
   list->add_option("PROJECT", *project, "the project file, or a Farside production as farside:PRODUCTION[@VERSION]")
       ->required();
   list->add_flag("--json", *json, "print a JSON array instead of lines for people");
