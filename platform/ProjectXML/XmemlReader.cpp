@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <cctype>
@@ -31,6 +32,15 @@ bool IsStillImage(const std::string& path) {
     if (extension == still) return true;
   }
   return false;
+}
+
+// A decimal number that is the whole text (blanks around it allowed), or NaN.
+double Number(const char* text) {
+  char* end = nullptr;
+  const double value = std::strtod(text, &end);
+  if (end == text) return std::nan("");
+  while (std::isspace(static_cast<unsigned char>(*end))) ++end;
+  return *end == '\0' ? value : std::nan("");
 }
 
 // One reading of an xmeml text: locations for errors, the files defined so
@@ -61,7 +71,7 @@ class Reading {
   int64_t Frames(const pugi::xml_node& owner, const char* name, int64_t fallback) const {
     const pugi::xml_node node = owner.child(name);
     if (!node) return fallback;
-    const double value = node.text().as_double(std::nan(""));
+    const double value = Number(node.text().get());
     if (std::isnan(value)) Fail(node, std::string("<") + name + "> is not a number");
     if (value != -1 && (value < 0 || value > static_cast<double>(kMaxFrames))) {
       Fail(node, std::string("<") + name + "> is out of range");
@@ -131,23 +141,47 @@ Ratio PixelAspectOf(const std::string& name) {
   return {1, 1};
 }
 
-// A clip item of a track: its place, its media span and its file.
-Clip ReadClip(Reading& reading, const pugi::xml_node& node, int64_t previousEnd, uint32_t id,
-                          bool trackEnabled) {
+// Where a transition cuts from the clip before it to the clip after it: its
+// middle, unless its alignment puts the cut at its start or its end.
+int64_t CutOf(const Reading& reading, const pugi::xml_node& transition, int64_t fallback) {
+  const int64_t start = reading.Frames(transition, "start", fallback);
+  const int64_t end = reading.Frames(transition, "end", start);
+  if (start < 0 || end < 0) return std::max<int64_t>(0, std::max(start, end));
+  const std::string alignment = transition.child("alignment").text().get();
+  if (alignment == "start" || alignment == "start-black") return start;
+  if (alignment == "end" || alignment == "end-black") return end;
+  return start + (end - start) / 2;
+}
+
+pugi::xml_node NextElement(const pugi::xml_node& node) {
+  pugi::xml_node next = node.next_sibling();
+  while (next && next.type() != pugi::node_element) next = next.next_sibling();
+  return next;
+}
+
+// A clip item of a track: its place, its media span and its file. Next to a
+// transition an edge is -1: it is the transition's cut. `cutBefore` is where
+// the item before it ended (or the cut of a transition before it).
+Clip ReadClip(Reading& reading, const pugi::xml_node& node, int64_t cutBefore, uint32_t id, bool trackEnabled) {
   reading.CountClip(node);
   Clip clip;
   clip.id = id;
   clip.name = node.child("name").text().get();
   clip.in = std::max<int64_t>(0, reading.Frames(node, "in", 0));
-  clip.out = reading.Frames(node, "out", -1);
-  clip.start = reading.Frames(node, "start", previousEnd);
+  const int64_t out = reading.Frames(node, "out", -1);
+  clip.start = reading.Frames(node, "start", -1);
+  if (clip.start < 0) clip.start = cutBefore;
   int64_t end = reading.Frames(node, "end", -1);
-  // Next to a transition the edges are -1: the clip starts where the one
-  // before it ended, and lasts as long as its media span.
-  if (clip.start < 0) clip.start = previousEnd;
-  if (clip.out < 0) clip.out = end >= 0 ? clip.in + (end - clip.start) : clip.in + 1;
-  if (clip.out <= clip.in) clip.out = clip.in + 1;
-  if (end < 0) end = clip.start + (clip.out - clip.in);
+  if (end < 0) {
+    const pugi::xml_node next = NextElement(node);
+    if (next && std::string_view(next.name()) == "transitionitem") {
+      end = CutOf(reading, next, -1);
+    } else {
+      // Without an end the clip lasts as long as its media span, or a frame.
+      end = clip.start + (out > clip.in ? out - clip.in : 1);
+    }
+  }
+  // The place on the timeline rules; the media span follows it.
   clip.out = clip.in + std::max<int64_t>(1, end - clip.start);
   if (clip.start + (clip.out - clip.in) > kMaxFrames) reading.Fail(node, "the clip ends too late");
   const std::string enabled = node.child("enabled").text().get();
@@ -169,15 +203,19 @@ std::vector<Track> ReadTracks(Reading& reading, const pugi::xml_node& media, uin
     Track track;
     const std::string enabled = trackNode.child("enabled").text().get();
     const bool trackEnabled = enabled != "FALSE" && enabled != "false";
-    int64_t previousEnd = 0;
+    int64_t cut = 0;
     for (const pugi::xml_node& item : trackNode.children()) {
       const std::string_view name = item.name();
       if (name == "clipitem") {
-        track.clips.push_back(ReadClip(reading, item, previousEnd, nextClip++, trackEnabled));
-        previousEnd = track.clips.back().start + (track.clips.back().out - track.clips.back().in);
-      } else if (name == "transitionitem" || name == "generatoritem") {
+        track.clips.push_back(ReadClip(reading, item, cut, nextClip++, trackEnabled));
+        cut = track.clips.back().start + (track.clips.back().out - track.clips.back().in);
+      } else if (name == "transitionitem") {
+        // Drawn as a cut: the clip after it starts at the transition's cut.
         reading.Skip(item);
-        previousEnd = std::max(previousEnd, reading.Frames(item, "end", previousEnd));
+        cut = CutOf(reading, item, cut);
+      } else if (name == "generatoritem") {
+        reading.Skip(item);
+        cut = std::max(cut, reading.Frames(item, "end", cut));
       } else if (item.type() == pugi::node_element && name != "enabled" && name != "locked") {
         reading.Skip(item);
       }
