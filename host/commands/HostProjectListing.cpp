@@ -154,6 +154,27 @@ std::string HostProjectListing::Text() const {
   return out;
 }
 
+const Item* HostProjectListing::ChooseSequence(const std::string& wanted, std::string& reason) const {
+  std::vector<const Item*> sequences;
+  AppendSequences(mDocument.items, sequences);
+  if (sequences.empty()) {
+    reason = "the file holds no sequence";
+    return nullptr;
+  }
+  if (wanted.empty()) return sequences.front();
+  const kilncore::utility::Guid asID(wanted);
+  for (const Item* sequence : sequences) {
+    if (sequence->name != wanted && (asID.IsNil() || sequence->id != asID)) continue;
+    if (mSequencesOnly && sequence != sequences.front()) {
+      reason = "a Final Cut Pro XML file links as one clip, its first sequence ('" + sequences.front()->name + "')";
+      return nullptr;
+    }
+    return sequence;
+  }
+  reason = "no sequence named '" + wanted + "'";
+  return nullptr;
+}
+
 std::string HostProjectListing::Json() const {
   rapidjson::StringBuffer buffer;
   JsonWriter json(buffer);

@@ -35,6 +35,11 @@ class HostProjectListing {
 
   const ProjectXML::ProjectDocument& Document() const { return mDocument; }
 
+  // The sequence to link when a user imports the file: the one named `wanted`
+  // (by name or identifier), or the first. Null with `reason` set if there is
+  // none; a Final Cut Pro XML file links as one clip, its first sequence.
+  const ProjectXML::Item* ChooseSequence(const std::string& wanted, std::string& reason) const;
+
  private:
   ProjectXML::ProjectDocument mDocument;
   // Final Cut Pro XML lists its sequences alone, not the bins around them.
