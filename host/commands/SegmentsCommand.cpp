@@ -25,6 +25,7 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -39,6 +40,9 @@ using kilncore::classref::InterfaceRef;
 using kilnmediatypes::TickTime;
 
 constexpr int32_t kFileMissing = static_cast<int32_t>(0xA00F0003u);
+// Accelerated ranges are found by asking for a format at every frame: about a
+// second's work for this many, which bounds a sequence of absurd length.
+constexpr int64_t kMaxProbedFrames = 1'000'000;
 
 // "A-B" as two frame numbers, B above A.
 std::pair<int64_t, int64_t> ParseRange(const std::string& text) {
@@ -106,6 +110,8 @@ struct Report {
   std::map<TickTime, RL::SmartRenderSegment> segments;
   std::vector<std::pair<TickTime, TickTime>> stills;
   std::vector<AcceleratedRun> accelerated;
+  // The accelerated ranges stop short of the range's end (kMaxProbedFrames).
+  bool acceleratedCut = false;
 };
 
 // The format settled for a float export at each frame of [first, last),
@@ -158,6 +164,9 @@ class Printer {
       out += line;
     }
     out += "accelerated ranges (frames, pixel format of a float export):\n";
+    if (report.acceleratedCut) {
+      out += "  (the first " + std::to_string(kMaxProbedFrames) + " frames; --range shows others)\n";
+    }
     for (const AcceleratedRun& run : report.accelerated) {
       std::snprintf(line, sizeof(line), "  %lld-%lld  %s\n", static_cast<long long>(run.start),
                     static_cast<long long>(run.end), FourCCText(run.format).c_str());
@@ -214,6 +223,8 @@ class Printer {
       json.EndObject();
     }
     json.EndArray();
+    json.Key("acceleratedRangesCut");
+    json.Bool(report.acceleratedCut);
     json.EndObject();
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
   }
@@ -267,7 +278,8 @@ int RunSegments(HostSession& session, const SegmentsOptions& options) {
         ->DetermineSmartRenderSegmentsInRange(start, end, kilnmediatypes::kPixelFormat_BGRA_4444_8u, false, false, 0,
                                               report.segments);
     InterfaceRef<RL::IRenderableExtendedStillInfo>(opened.video)->GetStillRangesInRange(start, end, report.stills);
-    report.accelerated = AcceleratedRuns(video, firstFrame, lastFrame, rate);
+    report.acceleratedCut = lastFrame - firstFrame > kMaxProbedFrames;
+    report.accelerated = AcceleratedRuns(video, firstFrame, std::min(lastFrame, firstFrame + kMaxProbedFrames), rate);
     const Printer printer(frameTicks);
     std::string text = options.json ? printer.Json(report) : printer.Text(report);
 

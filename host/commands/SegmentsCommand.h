@@ -32,7 +32,8 @@ struct SegmentsOptions {
 // id of its clip's own stream; the still ranges; and the accelerated ranges,
 // runs of frames where the format that SelectFrameFormat settles for a 32-bit
 // float export stays the same (the server offers float where it renders
-// natively, 8-bit only where a preview file stands). With --frame and --out,
+// natively, 8-bit only where a preview file stands), for at most the first
+// million frames of the range. With --frame and --out,
 // writes frame T of the per-clip stream of the segment that holds T.
 void AddSegmentsCommand(CommandLine& commandLine);
 int RunSegments(HostSession& session, const SegmentsOptions& options);

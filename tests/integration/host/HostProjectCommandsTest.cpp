@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <sys/wait.h>
 
@@ -149,6 +150,23 @@ TEST(SegmentsCommandTest, WritesAFrameOfTheClipStreamOfTheSegmentThatHoldsIt) {
   const auto alone = RunTetherhost(smart + " --frame 15");
   EXPECT_EQ(alone.first, 2) << alone.second;
   EXPECT_NE(alone.second.find("--frame requires --out"), std::string::npos) << alone.second;
+}
+
+TEST(SegmentsCommandTest, AcceleratedRangesOfAnAbsurdlyLongSequenceStopAtAMillionFrames) {
+  const fs::path project =
+      fs::temp_directory_path() / ("long-" + kilncore::utility::Guid::CreateUnique().AsUTF8String() + ".tlmproj");
+  std::ofstream(project) << "<tolmenProject><sequence name='Long' id='5E7A1C0D-0000-4000-8000-0000000000F1' node='1' "
+                            "width='64' height='36' rate='25/1'><videoTrack><clip id='1' media='none.png' start='0' "
+                            "in='0' out='3000000'/></videoTrack></sequence></tolmenProject>";
+  const auto [status, output] =
+      RunTetherhost("segments '" + project.string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000F1 --json");
+  fs::remove(project);
+  ASSERT_EQ(status, 0) << output;
+  rapidjson::Document json;
+  ASSERT_FALSE(json.Parse(output.c_str()).HasParseError()) << output;
+  EXPECT_TRUE(json["acceleratedRangesCut"].GetBool());
+  ASSERT_EQ(json["acceleratedRanges"].Size(), 1u);
+  EXPECT_EQ(json["acceleratedRanges"][0]["end"].GetInt64(), 1000000);
 }
 
 TEST(ImportCommandTest, HostProjectSequenceImportsByItsIdentifier) {
