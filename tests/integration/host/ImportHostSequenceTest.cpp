@@ -1,6 +1,8 @@
 // `tetherhost import` of a Final Cut Pro XML file (the file road of the host
 // project server) and of both host project flavours, as a user runs it: the
 // frames and the audio that reach the files it writes.
+#include "TetherhostProcess.h"
+
 #include <host/output/PngFile.h>
 #include <host/output/WavFile.h>
 
@@ -15,7 +17,6 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 
 namespace {
@@ -30,15 +31,8 @@ struct Outcome {
 };
 
 Outcome Tetherhost(const std::string& arguments) {
-  const std::string command = "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                              std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " 2>&1 </dev/null";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  Outcome outcome;
-  char buffer[4096];
-  while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) outcome.out.append(buffer, read);
-  const int raw = ::pclose(pipe);
-  outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return outcome;
+  auto [status, out] = tetherhosttest::RunTetherhost(arguments);
+  return Outcome{status, std::move(out)};
 }
 
 std::array<uint8_t, 4> PixelAt(const tetherhost::RgbaImage& image, int x, int y) {

@@ -1,15 +1,15 @@
 // `tetherhost list` of host projects and Final Cut Pro XML files, as a user
 // runs it: the bin tree or the sequences, as lines and as JSON.
+#include "TetherhostProcess.h"
+
 #include <rapidjson/document.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -23,17 +23,9 @@ struct Outcome {
   std::string out;
 };
 
-// tetherhost with `arguments`; standard output and error together.
 Outcome Tetherhost(const std::string& arguments) {
-  const std::string command = "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                              std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " 2>&1 </dev/null";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  Outcome run;
-  char buffer[4096];
-  while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) run.out.append(buffer, read);
-  const int raw = ::pclose(pipe);
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return run;
+  auto [status, out] = tetherhosttest::RunTetherhost(arguments);
+  return Outcome{status, std::move(out)};
 }
 
 std::string Quoted(const fs::path& path) { return "'" + path.string() + "'"; }
