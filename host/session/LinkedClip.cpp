@@ -36,8 +36,10 @@ class ItemPicker {
   int Select(kilncore::WideString& path, kilncore::utility::Guid& sourceID) {
     const kilncore::utility::Guid wantedID(mWanted);
     const std::filesystem::path file(UTF16to8(path));
-    if (wantedID.IsNil() && std::filesystem::exists(file) &&
-        (HostProjectListing::IsHostProject(file) || HostProjectListing::IsFinalCutXML(file))) {
+    // A Final Cut Pro XML file links its first sequence whatever is asked, so
+    // an identifier of another is refused here rather than ignored there.
+    if (std::filesystem::exists(file) && (HostProjectListing::IsFinalCutXML(file) ||
+                                          (wantedID.IsNil() && HostProjectListing::IsHostProject(file)))) {
       return SelectSequence(path, sourceID);
     }
     const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);

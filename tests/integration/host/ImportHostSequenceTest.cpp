@@ -140,6 +140,18 @@ TEST_F(ImportHostSequenceTest, FinalCutXMLLinksOnlyItsFirstSequenceAndSaysSo) {
   EXPECT_EQ(run.status, 1) << run.out;
   EXPECT_EQ(run.out, "tetherhost: a Final Cut Pro XML file links as one clip, its first sequence ('Cut 29.97 DF') in " +
                          (kHost / "cut.xml").string() + " (0xA00F000E, nothing to import)\n");
+  // The second sequence has no uuid: its identifier is the one list gives
+  // for the same path.
+  const Outcome listed = Tetherhost("list '" + (kHost / "cut.xml").string() + "'");
+  ASSERT_EQ(listed.status, 0) << listed.out;
+  const std::string film = listed.out.substr(listed.out.find('\n') + 1, 36);
+  const Outcome byID = Tetherhost("import '" + (kHost / "cut.xml").string() + "' --item " + film + " --frames 0 --out '" +
+                                  (mFolder / "film").string() + "'");
+  EXPECT_EQ(byID.status, 1) << byID.out;
+  EXPECT_NE(byID.out.find("links as one clip, its first sequence"), std::string::npos) << byID.out;
+  const Outcome first = Tetherhost("import '" + (kHost / "cut.xml").string() + "' --item 5E7A1C0D-0000-4000-8000-0000000000C1 "
+                                   "--frames 0 --out '" + (mFolder / "first").string() + "'");
+  EXPECT_EQ(first.status, 0) << first.out;
   const Outcome unknown = Tetherhost("import '" + (kHost / "cut.xml").string() + "' --item Nothing --frames 0 --out '" +
                                      (mFolder / "none").string() + "'");
   EXPECT_EQ(unknown.status, 1) << unknown.out;
