@@ -2,7 +2,7 @@
 
 #include <host/cli/CommandLine.h>
 #include <host/cli/HostError.h>
-#include <host/commands/HostProjectListing.h>
+#include <host/session/HostProjectListing.h>
 #include <host/session/HostSession.h>
 #include <host/session/ProgressView.h>
 

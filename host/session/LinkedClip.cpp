@@ -1,7 +1,7 @@
 #include <host/session/LinkedClip.h>
 
 #include <host/cli/HostError.h>
-#include <host/commands/HostProjectListing.h>
+#include <host/session/HostProjectListing.h>
 #include <host/session/ServerLossWatch.h>
 
 #include <ProjectXML/ProjectXMLError.h>

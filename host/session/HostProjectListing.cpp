@@ -1,4 +1,4 @@
-#include <host/commands/HostProjectListing.h>
+#include <host/session/HostProjectListing.h>
 
 #include <ProjectXML/ProjectXMLReader.h>
 #include <ProjectXML/XmemlReader.h>
