@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -156,6 +157,18 @@ TEST_F(ImportHostSequenceTest, FinalCutXMLLinksOnlyItsFirstSequenceAndSaysSo) {
                                      (mFolder / "none").string() + "'");
   EXPECT_EQ(unknown.status, 1) << unknown.out;
   EXPECT_NE(unknown.out.find("no sequence named 'Nothing' in "), std::string::npos) << unknown.out;
+}
+
+TEST_F(ImportHostSequenceTest, MalformedFinalCutXMLFailsInOneLineNamingTheElementAndLine) {
+  std::ofstream(mFolder / "dangling.xml") << "<xmeml version='5'>\n<sequence><media><video><track><clipitem>\n"
+                                             "<file id='gone'/></clipitem></track></video></media></sequence></xmeml>\n";
+  const Outcome run = Tetherhost("import '" + (mFolder / "dangling.xml").string() + "' --frames 0 --out '" +
+                                 (mFolder / "out").string() + "'");
+  EXPECT_EQ(run.status, 1) << run.out;
+  EXPECT_EQ(run.out, "tetherhost: " + (mFolder / "dangling.xml").string() +
+                         ": file \"gone\" is used before it is defined at /xmeml/sequence/media/video/track/clipitem/file "
+                         "(line 3) (0xA00F000E, nothing to import)\n");
+  EXPECT_FALSE(fs::exists(mFolder / "out" / "frame_00000.png"));
 }
 
 }  // namespace
