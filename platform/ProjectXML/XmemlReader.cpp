@@ -34,6 +34,17 @@ bool IsStillImage(const std::string& path) {
   return false;
 }
 
+// A `file` element that says what it is, rather than naming one by its id.
+bool Defines(const pugi::xml_node& file) {
+  return file.child("pathurl") || file.child("name") || file.child("media");
+}
+
+// A defined file's path: its URL decoded; none for offline media.
+std::string PathOf(const pugi::xml_node& file) {
+  const pugi::xml_node url = file.child("pathurl");
+  return url ? XmemlReader::PathOfURL(url.text().get()) : std::string();
+}
+
 // A decimal number that is the whole text (blanks around it allowed), or NaN.
 double Number(const char* text) {
   char* end = nullptr;
@@ -93,18 +104,32 @@ class Reading {
     if (++mClips > kMaxClips) Fail(node, "too many clips");
   }
 
-  // The media path of a clip's `file`: defined here or by an earlier `file`
+  // Files are defined once, where an export first uses them, and referred to
+  // by id everywhere else, also from a part of the file read earlier (an
+  // audio track, the outer sequence of a nested one): every definition of
+  // the document is known before any clip is read. The first one of an id
+  // counts.
+  void DefineFiles(const pugi::xml_node& root) {
+    struct Walker : pugi::xml_tree_walker {
+      explicit Walker(std::map<std::string, std::string>& files) : mFiles(files) {}
+      bool for_each(pugi::xml_node& node) override {
+        const std::string id = node.attribute("id").value();
+        if (std::string_view(node.name()) == "file" && !id.empty() && Defines(node)) mFiles.emplace(id, PathOf(node));
+        return true;
+      }
+      std::map<std::string, std::string>& mFiles;
+    } walker(mFiles);
+    pugi::xml_node top = root;
+    top.traverse(walker);
+  }
+
+  // The media path of a clip's `file`: defined here or elsewhere by a `file`
   // of the same id.
-  std::string MediaOf(const pugi::xml_node& file) {
+  std::string MediaOf(const pugi::xml_node& file) const {
+    if (Defines(file)) return PathOf(file);
     const std::string id = file.attribute("id").value();
-    const pugi::xml_node url = file.child("pathurl");
-    if (url || file.child("name") || file.child("media")) {
-      std::string path = url ? XmemlReader::PathOfURL(url.text().get()) : std::string();
-      if (!id.empty()) mFiles[id] = path;
-      return path;
-    }
     const auto found = mFiles.find(id);
-    if (found == mFiles.end()) Fail(file, "file \"" + id + "\" is used before it is defined");
+    if (found == mFiles.end()) Fail(file, "file \"" + id + "\" is defined nowhere in the file");
     return found->second;
   }
 
@@ -335,6 +360,7 @@ ProjectDocument XmemlReader::Read(std::string_view text, const std::string& path
   const int64_t version = root.attribute("version").as_llong(1);
   if (version < 1 || version > 5) reading.Fail(root, "xmeml version " + std::to_string(version) + " is not read");
   ProjectDocument document;
+  reading.DefineFiles(root);
   ReadChildren(reading, root, document.items, 0);
   return document;
 }

@@ -18,7 +18,7 @@ namespace ProjectXML {
 //
 // Every failure throws ProjectXMLError whose text names the
 // element's path and line: text that isn't XML, another root or version, a
-// `file` reference that no earlier `file` defines, sizes, rates or times out
+// `file` reference that no `file` of the document defines, sizes, rates or times out
 // of their bounds, too many clips.
 class XmemlReader {
  public:

@@ -47,7 +47,7 @@ TEST(TolmenFileRoadTest, FileThatDoesNotReadFailsWithTheReadersTextAndAFileWitho
   int32_t status = -1;
   EXPECT_FALSE(tetherserver::TolmenHandler().OpenFile(FileOf((folder / "dangling.xml").string()), notes, status));
   EXPECT_EQ(status, tether::wire::kStatusFailed);
-  EXPECT_NE(notes.message.find("file \"f9\" is used before it is defined at "
+  EXPECT_NE(notes.message.find("file \"f9\" is defined nowhere in the file at "
                                "/xmeml/sequence/media/video/track/clipitem/file (line 1)"),
             std::string::npos)
       << notes.message;

@@ -166,7 +166,7 @@ TEST_F(ImportHostSequenceTest, MalformedFinalCutXMLFailsInOneLineNamingTheElemen
                                  (mFolder / "out").string() + "'");
   EXPECT_EQ(run.status, 1) << run.out;
   EXPECT_EQ(run.out, "tetherhost: " + (mFolder / "dangling.xml").string() +
-                         ": file \"gone\" is used before it is defined at /xmeml/sequence/media/video/track/clipitem/file "
+                         ": file \"gone\" is defined nowhere in the file at /xmeml/sequence/media/video/track/clipitem/file "
                          "(line 3) (0xA00F000E, nothing to import)\n");
   EXPECT_FALSE(fs::exists(mFolder / "out" / "frame_00000.png"));
 }

@@ -195,6 +195,31 @@ TEST(XmemlReaderTest, FileReferencesReuseTheFileOfTheirIdAcrossClipsTracksAndSeq
   EXPECT_EQ(document.items.at(1).sequence->videoTracks.at(0).clips.at(0).media, "/m/i.wav");
 }
 
+TEST(XmemlReaderTest, FileReferenceFindsADefinitionLaterInTheFileOrInsideANestedSequence) {
+  // The outer clip comes first and names by id a file that only the nested
+  // sequence of a later clip defines; the audio track's comes before the
+  // video track's definition in reading order as exports write them.
+  const std::string nested = SequenceXML(
+      VideoTrack(ClipItem(Edges("0", "10", "0", "10") +
+                          "<file id='inner'><name>inner.mov</name><pathurl>file:///m/inner.mov</pathurl></file>")),
+      "", "Nested");
+  const ProjectDocument document = Read(Xmeml(SequenceXML(
+      VideoTrack(ClipItem(Edges("0", "10", "0", "10") + "<file id='inner'/>") +
+                 ClipItem(Edges("10", "20", "0", "10") + nested)) +
+      "<audio><track>" + ClipItem(Edges("0", "10", "0", "10") + "<file id='inner'/>") + "</track></audio>")));
+  const Sequence& sequence = FirstSequence(document);
+  EXPECT_EQ(sequence.videoTracks.at(0).clips.at(0).media, "/m/inner.mov");
+  EXPECT_EQ(sequence.audioTracks.at(0).clips.at(0).media, "/m/inner.mov");
+  // The first definition of an id counts; a clip's own definition is its own.
+  const ProjectDocument twice = Read(Xmeml(SequenceXML(VideoTrack(
+      ClipItem(Edges("0", "10", "0", "10") + "<file id='f'/>") +
+      ClipItem(Edges("10", "20", "0", "10") + "<file id='f'><pathurl>file:///m/first.mov</pathurl></file>") +
+      ClipItem(Edges("20", "30", "0", "10") + "<file id='f'><pathurl>file:///m/second.mov</pathurl></file>")))));
+  const auto& clips = FirstSequence(twice).videoTracks.at(0).clips;
+  EXPECT_EQ(clips.at(0).media, "/m/first.mov");
+  EXPECT_EQ(clips.at(2).media, "/m/second.mov");
+}
+
 TEST(XmemlReaderTest, FileWithoutAPathURLIsOfflineMedia) {
   const ProjectDocument document = Read(Xmeml(SequenceXML(VideoTrack(
       ClipItem(Edges("0", "10", "0", "10") + "<file id='lost'><name>lost.mov</name></file>") +
@@ -280,7 +305,7 @@ TEST(XmemlReaderTest, DanglingFileReferenceNamesTheElementAndLine) {
   const std::string text = Xmeml("\n<sequence><media><video><track>\n<clipitem><start>0</start><end>5</end>\n"
                                  "<file id='nowhere'/></clipitem></track></video></media></sequence>");
   EXPECT_EQ(ErrorOf(text),
-            "file \"nowhere\" is used before it is defined at /xmeml/sequence/media/video/track/clipitem/file (line 5)");
+            "file \"nowhere\" is defined nowhere in the file at /xmeml/sequence/media/video/track/clipitem/file (line 5)");
 }
 
 TEST(XmemlReaderTest, AbsurdSizesRatesAndDurationsNameTheElementAndLine) {
