@@ -1,11 +1,13 @@
 #include <host/commands/ListCommand.h>
 
 #include <host/cli/CommandLine.h>
-#include <host/commands/FarsideCommands.h>
 #include <host/cli/HostError.h>
+#include <host/commands/FarsideCommands.h>
+#include <host/session/HostProjectListing.h>
 #include <host/session/HostSession.h>
 #include <host/session/ProgressView.h>
 
+#include <ProjectXML/ProjectXMLError.h>
 #include <TetherMedia/ProjectEnumeration.h>
 #include <kilncore/string/UTFConversion.h>
 
@@ -39,12 +41,26 @@ std::string ListJson(const std::vector<tether::ItemInfo>& items) {
   return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
+// A host project or Final Cut Pro XML file, read by the host itself.
+int ListHostProject(HostSession& session, const std::filesystem::path& project, bool json) {
+  try {
+    const HostProjectListing listing(project);
+    session.Progress().Print(json ? listing.Json() : listing.Text());
+    return 0;
+  } catch (const ProjectXML::ProjectXMLError& error) {
+    throw HostError(error.what());
+  }
+}
+
 }  // namespace
 
 int RunList(HostSession& session, const std::filesystem::path& project, bool json) {
   if (IsFarsideName(project.string())) return RunFarsideList(session, project.string(), json);
   if (!std::filesystem::exists(project)) {
     throw HostError("no such file: " + project.string(), static_cast<int32_t>(0xA00F0003u));
+  }
+  if (HostProjectListing::IsHostProject(project) || HostProjectListing::IsFinalCutXML(project)) {
+    return ListHostProject(session, project, json);
   }
   return session.RunWithUserInterface([&] {
     const auto items = TetherMedia::GetCompsInfoForMarlp(kilncore::string::UTF8to16(project.string()));
@@ -65,11 +81,16 @@ void AddListCommand(CommandLine& commandLine) {
   auto project = std::make_shared<std::filesystem::path>();
   auto json = std::make_shared<bool>(false);
   CLI::App* list = commandLine.AddCommand(
-      "list", "list the compositions of a Marl project, or the assets of a Farside production", [project, json] {
+      "list",
+      "list a Marl project's compositions, a host project's bin tree, a Final Cut Pro XML file's sequences, or the "
+      "assets of a Farside production",
+      [project, json] {
         HostSession session;
         return RunList(session, *project, *json);
       });
-  list->add_option("PROJECT", *project, "the project file, or a Farside production as farside:PRODUCTION[@VERSION]")
+  list->add_option("PROJECT", *project,
+                   "the project file (.marlp, .tlmproj, .tlmprojx, .xml), or a Farside production as "
+                   "farside:PRODUCTION[@VERSION]")
       ->required();
   list->add_flag("--json", *json, "print a JSON array instead of lines for people");
   AddFarsideOptions(*list);

@@ -1,7 +1,10 @@
 #include <host/session/LinkedClip.h>
 
 #include <host/cli/HostError.h>
+#include <host/session/HostProjectListing.h>
 #include <host/session/ServerLossWatch.h>
+
+#include <ProjectXML/ProjectXMLError.h>
 
 #include <KL/IMediaFile.h>
 #include <KL/IMediaMetaData.h>
@@ -31,8 +34,15 @@ class ItemPicker {
   explicit ItemPicker(std::string wanted) : mWanted(std::move(wanted)) {}
 
   int Select(kilncore::WideString& path, kilncore::utility::Guid& sourceID) {
-    const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);
     const kilncore::utility::Guid wantedID(mWanted);
+    const std::filesystem::path file(UTF16to8(path));
+    // A Final Cut Pro XML file links its first sequence whatever is asked, so
+    // an identifier of another is refused here rather than ignored there.
+    if (std::filesystem::exists(file) && (HostProjectListing::IsFinalCutXML(file) ||
+                                          (wantedID.IsNil() && HostProjectListing::IsHostProject(file)))) {
+      return SelectSequence(path, sourceID);
+    }
+    const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);
     if (items.empty() && !wantedID.IsNil() && std::filesystem::exists(std::filesystem::path(UTF16to8(path)))) {
       // Only Marl projects list their items here; an item of another owner (a
       // host project's sequence) is linked by its identifier, as a host does
@@ -59,6 +69,24 @@ class ItemPicker {
   const std::string& reason() const { return mReason; }
 
  private:
+  // A host project or Final Cut Pro XML file: the host reads its sequences
+  // itself, as `tetherhost list` shows them.
+  int SelectSequence(const kilncore::WideString& path, kilncore::utility::Guid& sourceID) {
+    try {
+      const HostProjectListing listing(UTF16to8(path));
+      const ProjectXML::Item* sequence = listing.ChooseSequence(mWanted, mReason);
+      if (!sequence) {
+        mReason += " in " + UTF16to8(path);
+        return kNothingToImport;
+      }
+      sourceID = sequence->id;
+      return 0;
+    } catch (const ProjectXML::ProjectXMLError& error) {
+      mReason = error.what();
+      return kNothingToImport;
+    }
+  }
+
   std::optional<tether::ItemInfo> Choose(const std::vector<tether::ItemInfo>& items) const {
     if (mWanted.empty()) return items.front();
     const kilncore::utility::Guid asID(mWanted);

@@ -2,7 +2,9 @@
 
 #include <kilncore/utility/Guid.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -90,6 +92,18 @@ struct Sequence {
   std::vector<Track> audioTracks;
   std::vector<CaptionTrack> captionTracks;
   std::vector<Marker> markers;
+
+  // The end of the last clip of any video or audio track, in frames: what a
+  // server serves as the sequence's length and a host lists.
+  int64_t DurationFrames() const {
+    int64_t frames = 0;
+    for (const auto* tracks : {&videoTracks, &audioTracks}) {
+      for (const Track& track : *tracks) {
+        for (const Clip& clip : track.clips) frames = std::max(frames, clip.start + (clip.out - clip.in));
+      }
+    }
+    return frames;
+  }
   friend bool operator==(const Sequence&, const Sequence&) = default;
 };
 

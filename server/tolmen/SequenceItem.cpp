@@ -229,7 +229,9 @@ int32_t SequenceItem::RenderAudio(const tether::AudioRenderOptions& options, int
       for (size_t c = 0; c < channels; ++c) {
         float value = kToneLevel * static_cast<float>(std::sin(2.0 * std::numbers::pi * kToneHz * seconds));
         if (sound) {
-          const auto index = static_cast<int64_t>(seconds * sound->sampleRate);
+          // The nearest sample: truncating would take the one before when
+          // the time lands a hair below it.
+          const int64_t index = std::llround(seconds * sound->sampleRate);
           const size_t source = c % sound->channels;
           value = index >= 0 && static_cast<size_t>(index) * sound->channels + source < sound->samples.size()
                       ? sound->samples[static_cast<size_t>(index) * sound->channels + source]

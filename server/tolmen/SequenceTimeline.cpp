@@ -14,13 +14,7 @@ bool Covers(const ProjectXML::Clip& clip, int64_t frame) {
 }  // namespace
 
 SequenceTimeline::SequenceTimeline(ProjectXML::Sequence sequence, std::filesystem::path folder)
-    : mSequence(std::move(sequence)), mFolder(std::move(folder)) {
-  for (const auto* tracks : {&mSequence.videoTracks, &mSequence.audioTracks}) {
-    for (const ProjectXML::Track& track : *tracks) {
-      for (const ProjectXML::Clip& clip : track.clips) mDurationFrames = std::max(mDurationFrames, EndOf(clip));
-    }
-  }
-}
+    : mSequence(std::move(sequence)), mFolder(std::move(folder)), mDurationFrames(mSequence.DurationFrames()) {}
 
 SequenceTimeline SequenceTimeline::ClipAlone(uint32_t clipID) const {
   ProjectXML::Sequence alone = mSequence;

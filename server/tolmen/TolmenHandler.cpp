@@ -3,13 +3,14 @@
 #include <server/FailureReason.h>
 #include <server/marl/MarlHandler.h>
 #include <server/tolmen/HostProjectSession.h>
-#include <server/tolmen/XmemlReader.h>
 
 #include <ProjectXML/ProjectXMLError.h>
 #include <ProjectXML/ProjectXMLReader.h>
+#include <ProjectXML/XmemlReader.h>
 
 #include <tether/wire/Protocol.h>
 
+#include <kilncore/debug/Trace.h>
 #include <kilncore/logging/Log.h>
 #include <kilncore/string/UTFConversion.h>
 
@@ -24,6 +25,11 @@ namespace {
 bool IsHostProjectFile(const std::filesystem::path& path) {
   const std::string extension = path.extension().string();
   return extension == ".tlmproj" || extension == ".tlmprojx";
+}
+
+// What a Final Cut Pro XML file carries that isn't rendered goes to the log.
+void LogNote(const std::string& note) {
+  if (kilncore::debug::TraceEnabled("TetherServer", 5, true)) kilncore::debug::Trace(5, "TetherServer", note);
 }
 
 }  // namespace
@@ -68,7 +74,7 @@ std::shared_ptr<const SessionItem> TolmenHandler::OpenFile(const tether::File& f
   }
   try {
     // A plain file shows one item: its first sequence, in the file's order.
-    const HostProjectSession project(XmemlReader::ReadFile(path), file);
+    const HostProjectSession project(ProjectXML::XmemlReader::ReadFile(path, LogNote), file);
     const std::vector<ProjectXML::Item> sequences = project.ListSequences();
     if (sequences.empty()) {
       status = tether::wire::kStatusNotFound;

@@ -9,8 +9,8 @@ namespace tetherserver {
 
 // The host application's own project server ("Tolmen"): host project files
 // (".tlmproj", ".tlmprojx", docs/project-format.md) on the project road; on the
-// file road, Final Cut Pro XML (".xml", XmemlReader), whose first sequence is
-// the file's item, and plain files of the Marl family
+// file road, Final Cut Pro XML (".xml", ProjectXML::XmemlReader), whose first
+// sequence is the file's item, and plain files of the Marl family
 // (MarlHandler::OpenPlainFile).
 class TolmenHandler : public OwnerHandler {
  public:

@@ -1,15 +1,14 @@
-// Feeds arbitrary texts to the Final Cut Pro XML reader of the host project
-// server: exports come from anywhere. The reader may refuse a text only with
+// Feeds arbitrary texts to the Final Cut Pro XML reader of the host's project
+// library: exports come from anywhere. The reader may refuse a text only with
 // ProjectXMLError; any other exception aborts. What it accepts must be
 // records that the host project writer writes and its reader reads without a
 // crash (texts may come back normalised: XML turns a carriage return into a
 // line feed).
 
-#include <server/tolmen/XmemlReader.h>
-
 #include <ProjectXML/ProjectXMLError.h>
 #include <ProjectXML/ProjectXMLReader.h>
 #include <ProjectXML/ProjectXMLWriter.h>
+#include <ProjectXML/XmemlReader.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   ProjectXML::ProjectDocument document;
   try {
-    document = tetherserver::XmemlReader::Read(text, "/fuzz/cut.xml");
+    document = ProjectXML::XmemlReader::Read(text, "/fuzz/cut.xml");
   } catch (const ProjectXML::ProjectXMLError&) {
     return 0;
   }

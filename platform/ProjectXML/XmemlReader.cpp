@@ -1,15 +1,15 @@
-#include <server/tolmen/XmemlReader.h>
+#include <ProjectXML/XmemlReader.h>
 
 #include <ProjectXML/ProjectXMLError.h>
 #include <ProjectXML/ProjectXMLReader.h>
 
-#include <kilncore/debug/Trace.h>
 #include <kilncore/utility/HashValueMixerState.h>
 
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <cctype>
@@ -17,15 +17,13 @@
 #include <map>
 #include <set>
 
-namespace tetherserver {
+namespace ProjectXML {
 
 namespace {
 
-using ProjectXML::ProjectXMLError;
 
-constexpr size_t kMaxClips = ProjectXML::ProjectXMLReader::kMaxClips;
-constexpr int64_t kMaxFrames = ProjectXML::ProjectXMLReader::kMaxFrames;
-constexpr char kTraceChannel[] = "TetherServer";
+constexpr size_t kMaxClips = ProjectXMLReader::kMaxClips;
+constexpr int64_t kMaxFrames = ProjectXMLReader::kMaxFrames;
 
 bool IsStillImage(const std::string& path) {
   std::string extension = std::filesystem::path(path).extension().string();
@@ -36,11 +34,32 @@ bool IsStillImage(const std::string& path) {
   return false;
 }
 
+// A `file` element that says what it is, rather than naming one by its id.
+bool Defines(const pugi::xml_node& file) {
+  return file.child("pathurl") || file.child("name") || file.child("media");
+}
+
+// A defined file's path: its URL decoded; none for offline media.
+std::string PathOf(const pugi::xml_node& file) {
+  const pugi::xml_node url = file.child("pathurl");
+  return url ? XmemlReader::PathOfURL(url.text().get()) : std::string();
+}
+
+// A decimal number that is the whole text (blanks around it allowed), or NaN.
+double Number(const char* text) {
+  char* end = nullptr;
+  const double value = std::strtod(text, &end);
+  if (end == text) return std::nan("");
+  while (std::isspace(static_cast<unsigned char>(*end))) ++end;
+  return *end == '\0' ? value : std::nan("");
+}
+
 // One reading of an xmeml text: locations for errors, the files defined so
 // far by id, and counts.
 class Reading {
  public:
-  Reading(std::string_view text, std::string path) : mText(text), mPath(std::move(path)) {}
+  Reading(std::string_view text, std::string path, const XmemlReader::NoteSink& notes)
+      : mText(text), mPath(std::move(path)), mNotes(notes) {}
 
   [[noreturn]] void Fail(const pugi::xml_node& node, const std::string& what) const {
     std::string where;
@@ -52,12 +71,10 @@ class Reading {
     throw ProjectXMLError(what + " at " + where + " (line " + std::to_string(line) + ")");
   }
 
-  // Skipped elements are noted once each in the server's log.
+  // Skipped elements are noted once per name.
   void Skip(const pugi::xml_node& node) {
     if (!mSkipped.insert(node.name()).second) return;
-    if (kilncore::debug::TraceEnabled(kTraceChannel, 5, true)) {
-      kilncore::debug::Trace(5, kTraceChannel, "skipped <" + std::string(node.name()) + "> in " + mPath);
-    }
+    if (mNotes) mNotes("skipped <" + std::string(node.name()) + "> in " + mPath);
   }
 
   // A number of frames: an integer or a fraction (rounded); -1 stands for
@@ -65,7 +82,7 @@ class Reading {
   int64_t Frames(const pugi::xml_node& owner, const char* name, int64_t fallback) const {
     const pugi::xml_node node = owner.child(name);
     if (!node) return fallback;
-    const double value = node.text().as_double(std::nan(""));
+    const double value = Number(node.text().get());
     if (std::isnan(value)) Fail(node, std::string("<") + name + "> is not a number");
     if (value != -1 && (value < 0 || value > static_cast<double>(kMaxFrames))) {
       Fail(node, std::string("<") + name + "> is out of range");
@@ -87,18 +104,32 @@ class Reading {
     if (++mClips > kMaxClips) Fail(node, "too many clips");
   }
 
-  // The media path of a clip's `file`: defined here or by an earlier `file`
+  // Files are defined once, where an export first uses them, and referred to
+  // by id everywhere else, also from a part of the file read earlier (an
+  // audio track, the outer sequence of a nested one): every definition of
+  // the document is known before any clip is read. The first one of an id
+  // counts.
+  void DefineFiles(const pugi::xml_node& root) {
+    struct Walker : pugi::xml_tree_walker {
+      explicit Walker(std::map<std::string, std::string>& files) : mFiles(files) {}
+      bool for_each(pugi::xml_node& node) override {
+        const std::string id = node.attribute("id").value();
+        if (std::string_view(node.name()) == "file" && !id.empty() && Defines(node)) mFiles.emplace(id, PathOf(node));
+        return true;
+      }
+      std::map<std::string, std::string>& mFiles;
+    } walker(mFiles);
+    pugi::xml_node top = root;
+    top.traverse(walker);
+  }
+
+  // The media path of a clip's `file`: defined here or elsewhere by a `file`
   // of the same id.
-  std::string MediaOf(const pugi::xml_node& file) {
+  std::string MediaOf(const pugi::xml_node& file) const {
+    if (Defines(file)) return PathOf(file);
     const std::string id = file.attribute("id").value();
-    const pugi::xml_node url = file.child("pathurl");
-    if (url || file.child("name") || file.child("media")) {
-      std::string path = url ? XmemlReader::PathOfURL(url.text().get()) : std::string();
-      if (!id.empty()) mFiles[id] = path;
-      return path;
-    }
     const auto found = mFiles.find(id);
-    if (found == mFiles.end()) Fail(file, "file \"" + id + "\" is used before it is defined");
+    if (found == mFiles.end()) Fail(file, "file \"" + id + "\" is defined nowhere in the file");
     return found->second;
   }
 
@@ -110,6 +141,7 @@ class Reading {
  private:
   std::string_view mText;
   std::string mPath;
+  const XmemlReader::NoteSink& mNotes;
   std::map<std::string, std::string> mFiles;
   std::set<std::string> mSkipped;
   std::set<std::string> mIDs;
@@ -117,16 +149,16 @@ class Reading {
   uint64_t mNodes = 0;
 };
 
-ProjectXML::Ratio RateOf(Reading& reading, const pugi::xml_node& rate, ProjectXML::Ratio fallback) {
+Ratio RateOf(Reading& reading, const pugi::xml_node& rate, Ratio fallback) {
   if (!rate) return fallback;
   const int64_t timebase = reading.Integer(rate.child("timebase"), 0, 1, 1000);
   if (timebase == 0) return fallback;
   const std::string ntsc = rate.child("ntsc").text().get();
-  if (ntsc == "TRUE" || ntsc == "true") return ProjectXML::Ratio{timebase * 1000, 1001};
-  return ProjectXML::Ratio{timebase, 1};
+  if (ntsc == "TRUE" || ntsc == "true") return Ratio{timebase * 1000, 1001};
+  return Ratio{timebase, 1};
 }
 
-ProjectXML::Ratio PixelAspectOf(const std::string& name) {
+Ratio PixelAspectOf(const std::string& name) {
   if (name == "NTSC-601") return {10, 11};
   if (name == "PAL-601") return {59, 54};
   if (name == "HD-(1440x1080)" || name == "HD-(1440x1080)-PAL") return {4, 3};
@@ -134,23 +166,47 @@ ProjectXML::Ratio PixelAspectOf(const std::string& name) {
   return {1, 1};
 }
 
-// A clip item of a track: its place, its media span and its file.
-ProjectXML::Clip ReadClip(Reading& reading, const pugi::xml_node& node, int64_t previousEnd, uint32_t id,
-                          bool trackEnabled) {
+// Where a transition cuts from the clip before it to the clip after it: its
+// middle, unless its alignment puts the cut at its start or its end.
+int64_t CutOf(const Reading& reading, const pugi::xml_node& transition, int64_t fallback) {
+  const int64_t start = reading.Frames(transition, "start", fallback);
+  const int64_t end = reading.Frames(transition, "end", start);
+  if (start < 0 || end < 0) return std::max<int64_t>(0, std::max(start, end));
+  const std::string alignment = transition.child("alignment").text().get();
+  if (alignment == "start" || alignment == "start-black") return start;
+  if (alignment == "end" || alignment == "end-black") return end;
+  return start + (end - start) / 2;
+}
+
+pugi::xml_node NextElement(const pugi::xml_node& node) {
+  pugi::xml_node next = node.next_sibling();
+  while (next && next.type() != pugi::node_element) next = next.next_sibling();
+  return next;
+}
+
+// A clip item of a track: its place, its media span and its file. Next to a
+// transition an edge is -1: it is the transition's cut. `cutBefore` is where
+// the item before it ended (or the cut of a transition before it).
+Clip ReadClip(Reading& reading, const pugi::xml_node& node, int64_t cutBefore, uint32_t id, bool trackEnabled) {
   reading.CountClip(node);
-  ProjectXML::Clip clip;
+  Clip clip;
   clip.id = id;
   clip.name = node.child("name").text().get();
   clip.in = std::max<int64_t>(0, reading.Frames(node, "in", 0));
-  clip.out = reading.Frames(node, "out", -1);
-  clip.start = reading.Frames(node, "start", previousEnd);
+  const int64_t out = reading.Frames(node, "out", -1);
+  clip.start = reading.Frames(node, "start", -1);
+  if (clip.start < 0) clip.start = cutBefore;
   int64_t end = reading.Frames(node, "end", -1);
-  // Next to a transition the edges are -1: the clip starts where the one
-  // before it ended, and lasts as long as its media span.
-  if (clip.start < 0) clip.start = previousEnd;
-  if (clip.out < 0) clip.out = end >= 0 ? clip.in + (end - clip.start) : clip.in + 1;
-  if (clip.out <= clip.in) clip.out = clip.in + 1;
-  if (end < 0) end = clip.start + (clip.out - clip.in);
+  if (end < 0) {
+    const pugi::xml_node next = NextElement(node);
+    if (next && std::string_view(next.name()) == "transitionitem") {
+      end = CutOf(reading, next, -1);
+    } else {
+      // Without an end the clip lasts as long as its media span, or a frame.
+      end = clip.start + (out > clip.in ? out - clip.in : 1);
+    }
+  }
+  // The place on the timeline rules; the media span follows it.
   clip.out = clip.in + std::max<int64_t>(1, end - clip.start);
   if (clip.start + (clip.out - clip.in) > kMaxFrames) reading.Fail(node, "the clip ends too late");
   const std::string enabled = node.child("enabled").text().get();
@@ -166,21 +222,25 @@ ProjectXML::Clip ReadClip(Reading& reading, const pugi::xml_node& node, int64_t 
   return clip;
 }
 
-std::vector<ProjectXML::Track> ReadTracks(Reading& reading, const pugi::xml_node& media, uint32_t& nextClip) {
-  std::vector<ProjectXML::Track> tracks;
+std::vector<Track> ReadTracks(Reading& reading, const pugi::xml_node& media, uint32_t& nextClip) {
+  std::vector<Track> tracks;
   for (const pugi::xml_node& trackNode : media.children("track")) {
-    ProjectXML::Track track;
+    Track track;
     const std::string enabled = trackNode.child("enabled").text().get();
     const bool trackEnabled = enabled != "FALSE" && enabled != "false";
-    int64_t previousEnd = 0;
+    int64_t cut = 0;
     for (const pugi::xml_node& item : trackNode.children()) {
       const std::string_view name = item.name();
       if (name == "clipitem") {
-        track.clips.push_back(ReadClip(reading, item, previousEnd, nextClip++, trackEnabled));
-        previousEnd = track.clips.back().start + (track.clips.back().out - track.clips.back().in);
-      } else if (name == "transitionitem" || name == "generatoritem") {
+        track.clips.push_back(ReadClip(reading, item, cut, nextClip++, trackEnabled));
+        cut = track.clips.back().start + (track.clips.back().out - track.clips.back().in);
+      } else if (name == "transitionitem") {
+        // Drawn as a cut: the clip after it starts at the transition's cut.
         reading.Skip(item);
-        previousEnd = std::max(previousEnd, reading.Frames(item, "end", previousEnd));
+        cut = CutOf(reading, item, cut);
+      } else if (name == "generatoritem") {
+        reading.Skip(item);
+        cut = std::max(cut, reading.Frames(item, "end", cut));
       } else if (item.type() == pugi::node_element && name != "enabled" && name != "locked") {
         reading.Skip(item);
       }
@@ -207,24 +267,25 @@ kilncore::utility::Guid SequenceIDOf(Reading& reading, const pugi::xml_node& nod
   }
 }
 
-ProjectXML::Item ReadSequence(Reading& reading, const pugi::xml_node& node) {
-  ProjectXML::Item item;
-  item.kind = ProjectXML::Item::Kind::kSequence;
+Item ReadSequence(Reading& reading, const pugi::xml_node& node) {
+  Item item;
+  item.kind = Item::Kind::kSequence;
   item.name = node.child("name").text().get();
   item.nodeID = reading.NextNode();
   item.id = SequenceIDOf(reading, node, item.nodeID);
-  ProjectXML::Sequence sequence;
-  sequence.frameRate = RateOf(reading, node.child("rate"), ProjectXML::Ratio{25, 1});
+  Sequence sequence;
   const pugi::xml_node video = node.child("media").child("video");
   const pugi::xml_node audio = node.child("media").child("audio");
   const pugi::xml_node picture = video.child("format").child("samplecharacteristics");
+  // Some exports give the rate only with the picture's format.
+  sequence.frameRate = RateOf(reading, node.child("rate"), RateOf(reading, picture.child("rate"), Ratio{25, 1}));
   sequence.width = static_cast<int32_t>(reading.Integer(picture.child("width"), 1920, 1, 16384));
   sequence.height = static_cast<int32_t>(reading.Integer(picture.child("height"), 1080, 1, 16384));
   sequence.pixelAspect = PixelAspectOf(picture.child("pixelaspectratio").text().get());
   const std::string dominance = picture.child("fielddominance").text().get();
-  sequence.fieldOrder = dominance == "upper"   ? ProjectXML::FieldOrder::kUpperFirst
-                        : dominance == "lower" ? ProjectXML::FieldOrder::kLowerFirst
-                                               : ProjectXML::FieldOrder::kProgressive;
+  sequence.fieldOrder = dominance == "upper"   ? FieldOrder::kUpperFirst
+                        : dominance == "lower" ? FieldOrder::kLowerFirst
+                                               : FieldOrder::kProgressive;
   const pugi::xml_node sound = audio.child("format").child("samplecharacteristics");
   sequence.audioRate = static_cast<uint32_t>(reading.Integer(sound.child("samplerate"), 48000, 8000, 384000));
   reading.Integer(sound.child("depth"), 16, 8, 32);
@@ -233,7 +294,7 @@ ProjectXML::Item ReadSequence(Reading& reading, const pugi::xml_node& node) {
   sequence.audioTracks = ReadTracks(reading, audio, nextClip);
   sequence.audioChannels = 2;
   for (const pugi::xml_node& marker : node.children("marker")) {
-    sequence.markers.push_back(ProjectXML::Marker{std::max<int64_t>(0, reading.Frames(marker, "in", 0)),
+    sequence.markers.push_back(Marker{std::max<int64_t>(0, reading.Frames(marker, "in", 0)),
                                                   marker.child("name").text().get()});
   }
   item.sequence = std::move(sequence);
@@ -241,15 +302,15 @@ ProjectXML::Item ReadSequence(Reading& reading, const pugi::xml_node& node) {
 }
 
 // Sequences and the bins around them, in the order of the file.
-void ReadChildren(Reading& reading, const pugi::xml_node& owner, std::vector<ProjectXML::Item>& out, size_t depth) {
-  if (depth > ProjectXML::ProjectXMLReader::kMaxDepth) reading.Fail(owner, "bins are nested too deeply");
+void ReadChildren(Reading& reading, const pugi::xml_node& owner, std::vector<Item>& out, size_t depth) {
+  if (depth > ProjectXMLReader::kMaxDepth) reading.Fail(owner, "bins are nested too deeply");
   for (const pugi::xml_node& node : owner.children()) {
     const std::string_view name = node.name();
     if (name == "sequence") {
       out.push_back(ReadSequence(reading, node));
     } else if (name == "bin" || name == "project") {
-      ProjectXML::Item bin;
-      bin.kind = ProjectXML::Item::Kind::kBin;
+      Item bin;
+      bin.kind = Item::Kind::kBin;
       bin.name = node.child("name").text().get();
       bin.nodeID = reading.NextNode();
       bin.id = SequenceIDOf(reading, node, bin.nodeID);
@@ -283,38 +344,43 @@ std::string XmemlReader::PathOfURL(std::string_view url) {
   return std::string(url);
 }
 
-ProjectXML::ProjectDocument XmemlReader::Read(std::string_view text, const std::string& path) {
-  Reading reading(text, path);
+ProjectDocument XmemlReader::Read(std::string_view text, const std::string& path, const NoteSink& notes) {
+  Reading reading(text, path, notes);
   pugi::xml_document xml;
   const pugi::xml_parse_result parsed = xml.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-  if (!parsed) throw ProjectXMLError(std::string("not XML: ") + parsed.description());
+  if (!parsed) {
+    const auto offset = static_cast<size_t>(std::max<ptrdiff_t>(0, parsed.offset));
+    const size_t line = 1 + static_cast<size_t>(std::count(text.begin(), text.begin() + std::min(offset, text.size()), '\n'));
+    throw ProjectXMLError(std::string("not XML: ") + parsed.description() + " (line " + std::to_string(line) + ")");
+  }
   const pugi::xml_node root = xml.document_element();
   if (std::string_view(root.name()) != "xmeml") {
     throw ProjectXMLError("not a Final Cut Pro XML file: the root element is <" + std::string(root.name()) + ">");
   }
   const int64_t version = root.attribute("version").as_llong(1);
   if (version < 1 || version > 5) reading.Fail(root, "xmeml version " + std::to_string(version) + " is not read");
-  ProjectXML::ProjectDocument document;
+  ProjectDocument document;
+  reading.DefineFiles(root);
   ReadChildren(reading, root, document.items, 0);
   return document;
 }
 
-ProjectXML::ProjectDocument XmemlReader::ReadFile(const std::string& path) {
+ProjectDocument XmemlReader::ReadFile(const std::string& path, const NoteSink& notes) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw ProjectXMLError("cannot open " + path);
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
-  if (size < 0 || static_cast<uint64_t>(size) > ProjectXML::ProjectXMLReader::kMaxFileBytes) {
+  if (size < 0 || static_cast<uint64_t>(size) > ProjectXMLReader::kMaxFileBytes) {
     throw ProjectXMLError(path + " is larger than a project file can be");
   }
   file.seekg(0);
   std::string text(static_cast<size_t>(size), '\0');
   if (!file.read(text.data(), size)) throw ProjectXMLError("cannot read " + path);
   try {
-    return Read(text, path);
+    return Read(text, path, notes);
   } catch (const ProjectXMLError& error) {
     throw ProjectXMLError(path + ": " + error.what());
   }
 }
 
-}  // namespace tetherserver
+}  // namespace ProjectXML
