@@ -49,6 +49,12 @@ class LinkedClip {
   // empty picks the project's first. Throws HostError with the module's code
   // (or the host's own reason, such as an item that isn't in the project).
   static LinkedClip Import(WF::IMediaModule& module, const std::filesystem::path& path, const std::string& item);
+  // The same, for a clip that already has `renderOptions` (the owner's JSON
+  // text) in its prefs, as a clip made with settings is imported again: the
+  // item is picked first, and the module opens it with the options (a Sprocket
+  // source-type project gets them when it opens).
+  static LinkedClip Import(WF::IMediaModule& module, const std::filesystem::path& path, const std::string& item,
+                           const std::string& renderOptions);
 
   // Replaces the clip's render options (guide layers, down-sampling, ...), as
   // the render settings of a clip do; streams made afterwards use them.
