@@ -144,8 +144,10 @@ void DocumentJson::FrameRate(const Value& object, const std::string& path, int64
   char slash = 0;
   std::istringstream in(text);
   if (!(in >> num >> slash >> den) || slash != '/' || !in.eof() || num <= 0 || den <= 0 || num > 1000000 ||
-      den > 1000000 || num / den > 1000) {
-    Fail(path + ".frameRate", "is not \"N/D\" frames per second (at most 1000)");
+      den > 1000000 || num > den * 1000 || den > num * 1000) {
+    // Between one frame in 1000 s and 1000 frames a second: every time of a
+    // clip then stays well within the host's tick count.
+    Fail(path + ".frameRate", "is not \"N/D\" frames per second (0.001 to 1000)");
   }
   numerator = num;
   denominator = den;

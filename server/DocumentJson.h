@@ -51,7 +51,7 @@ class DocumentJson {
   static Rgba Colour(const Value& value, const std::string& path);
   // [x, y] within +-1e6.
   static Vec2 Pair(const Value& value, const std::string& path);
-  // "N/D" frames per second, N and D positive.
+  // "N/D" frames per second, N and D positive, 0.001 to 1000.
   static void FrameRate(const Value& object, const std::string& path, int64_t& numerator, int64_t& denominator);
 
   // The "fonts" array of `object` (each {"family", "style", "available"}),

@@ -179,6 +179,15 @@ TEST_F(OwnersImportTest, EaselDocumentIsNoImportInAnotherApplication) {
   EXPECT_NE(run.err.find("0xA00F0001"), std::string::npos) << run.err;
 }
 
+TEST_F(OwnersImportTest, ApplicationTypeThatIsNoNumberInRangeIsAUsageError) {
+  for (const char* value : {"eleven", "-1", "1001", "11x"}) {
+    const HostRun run =
+        Import(kExamples / "poster.esd", kPoster, "--frames 0", std::string("TETHERHOST_APPLICATION_TYPE=") + value);
+    EXPECT_EQ(run.status, 2) << value;
+    EXPECT_NE(run.err.find("TETHERHOST_APPLICATION_TYPE"), std::string::npos) << run.err;
+  }
+}
+
 TEST_F(OwnersImportTest, DarkslidePhotoImportsAsAnItemOfItsCatalogue) {
   const HostRun run = Import(kExamples / "holiday.dslcat", kMarket, "--frames 0,74");
   ASSERT_EQ(run.status, 0) << run.err;

@@ -148,6 +148,17 @@ TEST(SprocketHandlerTest, CorruptOrMissingScenesFailWithTheirCause) {
   EXPECT_EQ(missing.status, tether::wire::kStatusNotFound);
 }
 
+TEST(SprocketHandlerTest, FrameRatesOutsideAThousandthToAThousandAreRefused) {
+  for (const char* rate : {"1/2000", "2000/1", "0/1", "25/0", "25", "25/1 ", "x/y"}) {
+    const std::string text = std::string(R"({"format":"sprocket-scene","version":1,"scenes":[{"id":)") +
+                             R"("E956F475-288C-43F3-AE92-CCB84C86C973","name":"S","width":8,"height":8,)" +
+                             R"("durationFrames":5,"frameRate":")" + rate + R"("}]})";
+    const auto read = tetherserver::SprocketReader::Parse(text, "rate.spkscene");
+    ASSERT_FALSE(read) << rate;
+    EXPECT_NE(read.error.message.find("$.scenes[0].frameRate"), std::string::npos) << read.error.message;
+  }
+}
+
 TEST(SprocketHandlerTest, MissingAssetsAreTheTexturesAndFontsTheMachineLacks) {
   const Opened opened = Open(ExamplesDir() / "turntable.spkscene");
   const tether::MissingAssets missing = opened.project->GetMissingAssets();
