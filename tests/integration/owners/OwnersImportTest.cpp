@@ -205,6 +205,14 @@ TEST_F(OwnersImportTest, DarkslidePhotoImportsAsAnItemOfItsCatalogue) {
   EXPECT_EQ(grey[1], grey[2]);
 }
 
+TEST_F(OwnersImportTest, DarkslideCatalogueOpensInEveryHostApplication) {
+  for (const char* type : {"0", "1", "2", "5", "8", "11"}) {
+    const HostRun run = Import(kExamples / "holiday.dslcat", kMarket, "--frames 0",
+                               std::string("TETHERHOST_APPLICATION_TYPE=") + type);
+    EXPECT_EQ(run.status, 0) << "application " << type << ": " << run.err;
+  }
+}
+
 TEST_F(OwnersImportTest, FileOfTheWrongOwnerFailsWithTheServersReason) {
   fs::copy_file(kExamples / "poster.esd", mFolder / "poster.spkscene");
   const HostRun run = Import(mFolder / "poster.spkscene", kPoster, "--frames 0");
