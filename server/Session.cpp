@@ -736,7 +736,9 @@ int32_t Session::RenderVideo(Object& renderer, const Body& args, uint64_t id) {
     return kStatusTooLarge;
   }
   auto lease = mPool.Acquire(size);
-  int32_t status = renderer.item->RenderFrame(renderer.video, time, lease.buffer->Data(), size);
+  // A cancel takes the job out of the table; a slow item stops drawing then.
+  int32_t status = renderer.item->RenderFrameUnlessStopped(renderer.video, time, lease.buffer->Data(), size,
+                                                           [this, id] { return !IsJobPending(id); });
   if (status != kStatusOK) {
     mPool.Abandon(lease);
     return status;

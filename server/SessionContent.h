@@ -37,6 +37,15 @@ class SessionItem {
   // Returns 0 or a failure status.
   virtual int32_t RenderFrame(const tether::VideoRenderOptions& options, const tether::RatioTime& time,
                               unsigned char* target, size_t size) const = 0;
+  // Renders as RenderFrame does, but may give up as soon as `stopped` answers
+  // true (the render was cancelled), so that a slow frame frees its worker
+  // early; the status then doesn't matter, no answer is sent for it. By
+  // default the frame is drawn whole.
+  virtual int32_t RenderFrameUnlessStopped(const tether::VideoRenderOptions& options, const tether::RatioTime& time,
+                                           unsigned char* target, size_t size,
+                                           const std::function<bool()>& /*stopped*/) const {
+    return RenderFrame(options, time, target, size);
+  }
   // Fills `frames` interleaved sample frames of the options' channels, from
   // sample `start` on. Returns 0 or a failure status.
   virtual int32_t RenderAudio(const tether::AudioRenderOptions& options, int64_t start, uint32_t frames,

@@ -1,6 +1,9 @@
 #include "SessionProjectContent.h"
 
+#include <server/darkslide/DarkslideHandler.h>
+#include <server/easel/EaselHandler.h>
 #include <server/marl/MarlHandler.h>
+#include <server/sprocket/SprocketHandler.h>
 #include <server/tolmen/TolmenHandler.h>
 
 #include <tether/wire/Protocol.h>
@@ -12,7 +15,9 @@ namespace tetherserver {
 SessionProjectContent::SessionProjectContent() {
   Add(std::make_shared<MarlHandler>());
   Add(std::make_shared<TolmenHandler>());
-  Add(std::make_shared<MarlHandler>("Easel", false));
+  Add(std::make_shared<SprocketHandler>());
+  Add(std::make_shared<EaselHandler>());
+  Add(std::make_shared<DarkslideHandler>());
 }
 
 void SessionProjectContent::Add(std::shared_ptr<const OwnerHandler> handler) {

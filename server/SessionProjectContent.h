@@ -17,8 +17,9 @@ namespace tetherserver {
 class SessionProjectContent : public SessionContent {
  public:
   // The reference server's handlers: Marl (server/marl), the host
-  // application's own projects (server/tolmen), and Easel's plain files, which
-  // are Marl-family files until Easel has a handler of its own.
+  // application's own projects (server/tolmen), Sprocket scenes
+  // (server/sprocket), Easel documents (server/easel) and Darkslide
+  // catalogues (server/darkslide).
   SessionProjectContent();
 
   // Adds or replaces the handler of its application.

@@ -21,6 +21,7 @@
 #include <host/session/FramePuller.h>
 #include <host/session/HostSession.h>
 #include <host/session/LinkedClip.h>
+#include <host/session/MissingAssetsProbe.h>
 #include <host/session/ProgressView.h>
 
 #include <TetherMedia/MissingAssets.h>
@@ -277,7 +278,7 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   return session.RunWithUserInterface([&] {
     LinkedClip clip = IsFarsideName(options.project.string())
                           ? ImportFarsideAsset(session.Module(), options.project.string(), options.item)
-                          : LinkedClip::Import(session.Module(), options.project, options.item);
+                          : LinkedClip::Import(session.Module(), options.project, options.item, options.renderOptions);
     if (guides) {
       // The clip's own options, changed in one switch, as a settings dialog does.
       tether::MarlRenderOptions renderOptions;
@@ -287,7 +288,9 @@ int RunImport(HostSession& session, const ImportOptions& options) {
       clip.SetRenderOptions(renderOptions);
     }
     const ClipDescription description = clip.Describe();
-    session.Progress().Print(DescriptionText(description) + MissingFontsText(TetherMedia::GetMissingFonts()));
+    const auto lacking = MissingAssetsProbe::Ask(options.project);
+    session.Progress().Print(DescriptionText(description) + MissingFontsText(TetherMedia::GetMissingFonts()) +
+                             (lacking ? MissingAssetsProbe::MediaText(*lacking) : std::string()));
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
     WriteFrames(clip, description, options, session.Progress());
@@ -312,6 +315,8 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--item", options->item, "the composition, by name or identifier (default: the first)");
   import->add_option("--frames", options->frames,
                      "frames, such as 0-9, 0-100/10 or 1,5,9 (default: 12 spread over the clip)");
+  import->add_option("--render-options", options->renderOptions,
+                     "the owner's render options (JSON) to import the clip with, such as a Sprocket project's");
   import->add_option("--size", options->size, "frame size WxH (default: the clip's own)");
   import->add_option("--format", options->format, "pixel format: bgra8 (8-bit PNG) or rgba32f (16-bit PNG)")
       ->capture_default_str();

@@ -31,6 +31,8 @@ struct ImportOptions {
   std::filesystem::path raw;
   // Audio that would take more than 8 GiB is written only when this is set.
   bool largeAudio = false;
+  // The owner's render options (JSON) the clip is imported with; empty: none.
+  std::string renderOptions;
 };
 
 // Returns the process's exit status; throws HostError (or

@@ -1,6 +1,7 @@
 #include <host/session/HostSession.h>
 
 #include <host/cli/HostError.h>
+#include <host/session/HostApplication.h>
 #include <host/session/ProgressView.h>
 #include <host/session/ServerLossWatch.h>
 
@@ -38,6 +39,8 @@ kilncore::classref::InterfaceRef<WF::IMediaModule> FindModule() {
 }  // namespace
 
 HostSession::HostSession() {
+  // Before the module loads: the application decides which owners it offers.
+  HostApplication::PlayFromEnvironment();
   kilncore::appstatemanager::AdvanceAppState(kilncore::appstatemanager::kAppStateRunning);
   WF::RegisterReferenceImporterFactory();
   tether::ipc::InstallDefaultIpcBackend();

@@ -132,6 +132,25 @@ LinkedClip LinkedClip::Adopt(InterfaceRef<KL::IMediaInfo> item, RL::BinaryData p
   return LinkedClip(std::move(item), std::move(prefs));
 }
 
+LinkedClip LinkedClip::Import(WF::IMediaModule& module, const std::filesystem::path& path, const std::string& item,
+                              const std::string& renderOptions) {
+  if (renderOptions.empty()) return Import(module, path, item);
+  ItemPicker picker(item);
+  kilncore::WideString selectedPath = UTF8to16(path.string());
+  kilncore::utility::Guid sourceID;
+  const int picked = picker.Select(selectedPath, sourceID);
+  if (picked < 0) throw HostError(picker.reason(), picked);
+  RL::BinaryData prefs = TetherMedia::BuildPrefsWithApplicationSpecificRenderOptions(
+      UTF8to16(sourceID.AsUTF8String()), UTF8to16(renderOptions));
+  InterfaceRef<KL::IMediaInfo> result;
+  bool prefsChanged = false;
+  const int code = module.ImportFile(result, UTF8to16(path.string()), 0, 0, prefs, prefsChanged,
+                                     /*hasPrefs=*/true, /*allowUserInterface=*/true, u"", 0, nullptr, 0, nullptr);
+  if (code < 0) throw HostError("import of " + path.string() + " failed", code);
+  if (!result) throw HostError("import of " + path.string() + " gave no item");
+  return LinkedClip(std::move(result), std::move(prefs));
+}
+
 void LinkedClip::SetRenderOptions(const tether::MarlRenderOptions& options) {
   mPrefs = TetherMedia::BuildPrefsWithApplicationSpecificRenderOptions(TetherMedia::PrefsToSourceIDAsString(mPrefs),
                                                                        options.AsString());

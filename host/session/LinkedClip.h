@@ -52,6 +52,12 @@ class LinkedClip {
   // The clip of an item that the host opened by another road (a remote asset
   // opened by its request), with the prefs that came back.
   static LinkedClip Adopt(kilncore::classref::InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs);
+  // The same, for a clip that already has `renderOptions` (the owner's JSON
+  // text) in its prefs, as a clip made with settings is imported again: the
+  // item is picked first, and the module opens it with the options (a Sprocket
+  // source-type project gets them when it opens).
+  static LinkedClip Import(WF::IMediaModule& module, const std::filesystem::path& path, const std::string& item,
+                           const std::string& renderOptions);
 
   // Replaces the clip's render options (guide layers, down-sampling, ...), as
   // the render settings of a clip do; streams made afterwards use them.

@@ -17,7 +17,11 @@ inline constexpr char16_t kMarlProjectExtension[] = u".marlp";
 inline constexpr char16_t kMarlXMLProjectExtension[] = u".marlpx";
 inline constexpr char16_t kMarlTextTemplateExtension[] = u".marlcap";
 inline constexpr char16_t kMarlGraphicsTemplateExtension[] = u".marlgraphic";
-inline constexpr char16_t kSprocketProjectExtension[] = u".spkproj";
+inline constexpr char16_t kSprocketProjectExtension[] = u".spkscene";
+// Sprocket's other flavour, the source-type project, opened with the clip's
+// render options. It is no Sprocket project to IsSprocketProject: the module
+// recognises it by this exact extension, in its own row.
+inline constexpr char16_t kSprocketSourceTypeProjectExtension[] = u".spkproj";
 inline constexpr char16_t kTolmenProjectExtension_Legacy[] = u".tlmproj";
 inline constexpr char16_t kTolmenProjectExtension_Unified[] = u".tlmprojx";
 inline constexpr char16_t kFCPProjectExtension[] = u".xml";
@@ -27,7 +31,8 @@ inline constexpr char16_t kFCPProjectExtension[] = u".xml";
 // `graphicsTemplateOnly`, only the motion graphics template counts.
 bool IsMarlProject(kilncore::WideStringView path, bool graphicsTemplateOnly);
 
-// A Sprocket scene project (".spkproj").
+// A Sprocket scene project (".spkscene"). The source-type project
+// (".spkproj") is not one.
 bool IsSprocketProject(kilncore::WideStringView path);
 
 // A project of Tolmen, in its legacy (".tlmproj") or unified (".tlmprojx")

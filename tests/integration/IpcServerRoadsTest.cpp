@@ -8,6 +8,7 @@
 #include <SessionSyntheticContent.h>
 #include <server/project/Project.h>
 
+#include <kilncore/string/UTFConversion.h>
 #include <tether/Container.h>
 #include <tether/EaselServer.h>
 #include <tether/FileServer.h>
@@ -337,16 +338,17 @@ TEST_P(IpcServerRoadsTest, TolmenFileServerOpensAFileAsItsFirstComposition) {
   EXPECT_FALSE(missing.source);
 }
 
-TEST_P(IpcServerRoadsTest, EaselFileServerNotesMissingFonts) {
+TEST_P(IpcServerRoadsTest, EaselFileServerNotesMissingPicturesAndFonts) {
   auto [typedStatus, typed] = Await<EaselServer>([&](auto cb) { mBackend->CreateEaselServer(cb); });
   ASSERT_EQ(typedStatus, 0);
   auto [status, fileServer] = Await<FileServer>([&](auto cb) { typed->ConnectFileServer(cb); });
   ASSERT_TRUE(fileServer);
-  Opened opened = OpenFile(*fileServer, ExampleFile("title.marlgraphic"));
+  Opened opened = OpenFile(*fileServer, ExampleFile("poster.esd"));
   ASSERT_EQ(opened.status, 0);
-  EXPECT_EQ(opened.kind, u"Marl motion-graphics template");
-  EXPECT_EQ(opened.message, u"1 font(s) missing");
-  EXPECT_EQ(opened.detail, 1);
+  EXPECT_EQ(opened.kind, u"Easel document");
+  EXPECT_EQ(opened.message, u"1 file(s) missing: " + kilncore::string::UTF8to16(kExamples) +
+                                u"/pictures/meadow.png; 1 font(s) missing: Easel Script Regular");
+  EXPECT_EQ(opened.detail, 5);
 }
 
 TEST_P(IpcServerRoadsTest, ProjectRoadOfAFileServingApplicationIsNotOffered) {

@@ -26,7 +26,9 @@ using kilncore::utility::Guid;
 
 const Guid kSourceID("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
 const kilncore::WideString kMarlPath = u"/Volumes/Show/Opening.marlp";
-const kilncore::WideString kSprocketPath = u"/Volumes/Show/Scene.spkproj";
+const kilncore::WideString kSprocketPath = u"/Volumes/Show/Scene.spkscene";
+// Sprocket's other flavour, which the Sprocket project test leaves to its own row.
+const kilncore::WideString kSprocketSourcePath = u"/Volumes/Show/Shot.spkproj";
 const kilncore::WideString kOtherPath = u"/Volumes/Show/Edit.tlmproj";
 
 // An item with a 1920 x 1080 source, as it is when its blob is made.
@@ -69,6 +71,15 @@ TEST(MediaOpaqueDataTest, SprocketOptionsAreKeptUnchanged) {
   EXPECT_EQ(out.GetSize(), 72u + options.size() * 2);
   EXPECT_EQ(PrefsToSourceID(out), kSourceID);
   EXPECT_EQ(PrefsToApplicationSpecificRenderOptions(out), options);
+}
+
+TEST(MediaOpaqueDataTest, OptionsOfASprocketSourceTypeProjectAreDroppedLikeAnyOtherTypes) {
+  // Only what the Sprocket project test claims keeps its options; the
+  // source-type project is opened with them but its blob keeps the item alone.
+  OpenedItem opened(kSprocketSourcePath);
+  RL::BinaryData out;
+  TestMediaInfo::MakeMediaOpaqueData(opened.ref, u"{\"background\":[1,0,0]}", kSprocketSourcePath, out);
+  EXPECT_EQ(out, SourceIDToPrefs(kSourceID));
 }
 
 TEST(MediaOpaqueDataTest, OptionsOfAnyOtherProjectTypeAreDropped) {

@@ -73,7 +73,7 @@ const std::vector<Row>& Rows() {
        {true, true, false, true, true}},
       {"RefusedTypedServerIsKeptAndFails", "A.marlp", 0, Operation::kCreateMarlServer,
        Behaviour::Fail().KeepingResult(), kGeneralFailure, false, {true, false, false, false, false}},
-      {"RefusedSprocketServerIsKept", "A.spkproj", 0, Operation::kCreateSprocketServer,
+      {"RefusedSprocketServerIsKept", "A.spkscene", 0, Operation::kCreateSprocketServer,
        Behaviour::Fail().KeepingResult(), kGeneralFailure, false, {true, false, false, false, false}},
       {"RefusedTolmenServerIsKept", "A.tlmproj", 0, Operation::kCreateTolmenServer,
        Behaviour::Fail().KeepingResult(), kGeneralFailure, false, {true, false, false, false, false}},

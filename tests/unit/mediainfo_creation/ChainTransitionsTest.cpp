@@ -119,7 +119,7 @@ TEST_F(ChainTransitionsTest, RepeatedTypedServerAnswerEndsTheWaitAndDoesNotConne
 }
 
 TEST_F(ChainTransitionsTest, UnkeptTypedServerIsNotStored) {
-  const ItemRef lender = Connected("Lender.spkproj");
+  const ItemRef lender = Connected("Lender.spkscene");
   const auto server = std::dynamic_pointer_cast<tether::SprocketServer>(lender->GetTypedServer());
   ASSERT_TRUE(server);
   kilncore::async::Future<void> future;

@@ -81,7 +81,7 @@ TEST_F(FileTypeRoadsTest, ApplicationType8TakesTheAlternateRoad) {
 }
 
 TEST_F(FileTypeRoadsTest, SprocketAndTolmenProjectsKeepTheirTypedServers) {
-  for (const char* name : {"Scene.spkproj", "Edit.tlmproj"}) {
+  for (const char* name : {"Scene.spkscene", "Edit.tlmproj"}) {
     SCOPED_TRACE(name);
     const auto path = mFiles.Make(name);
     RL::BinaryData prefs = ItemPrefs();
