@@ -1,6 +1,7 @@
 #include <host/commands/ImportCommand.h>
 
 #include <host/commands/ClipReport.h>
+#include <host/commands/ItemMetadata.h>
 
 #include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
@@ -9,6 +10,7 @@
 #include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/ReadableNames.h>
+#include <host/output/CaptionFile.h>
 #include <host/output/ContactSheet.h>
 #include <host/output/PngFile.h>
 #include <host/output/RawFrameWriter.h>
@@ -263,6 +265,13 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   ParsePixelFormat(options.format);  // a bad option fails before any work
   if (!options.size.empty()) ParseFrameSize(options.size);
   if (!options.frames.empty()) FrameRange::Parse(options.frames);
+  if (!options.captions.empty() && !CaptionFile::IsKnownFormat(options.captions)) {
+    throw std::invalid_argument("--captions " + options.captions.string() +
+                                ": write captions as WebVTT (.vtt) or SubRip (.srt)");
+  }
+  if (options.captionStream && options.captions.empty()) {
+    throw std::invalid_argument("--caption-stream needs --captions FILE to write the stream to");
+  }
   if (options.out == "-") {
     throw std::invalid_argument("--out is a folder for PNG files; '-' (standard output) is not one: use --y4m - or --raw -");
   }
@@ -287,6 +296,10 @@ int RunImport(HostSession& session, const ImportOptions& options) {
     session.Progress().Print(DescriptionText(description) + MissingFontsText(TetherMedia::GetMissingFonts()));
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
+    if (!options.xmp.empty()) ItemMetadata::WriteXmp(clip, options.xmp, session.Progress());
+    if (!options.captions.empty()) {
+      ItemMetadata::WriteCaptions(clip, options.captions, options.captionStream, session.Progress());
+    }
     WriteFrames(clip, description, options, session.Progress());
     if (!options.audio.empty()) WriteAudio(clip, options, audio, session.Progress());
     return 0;
@@ -319,6 +332,11 @@ void AddImportCommand(CommandLine& commandLine) {
   import->add_option("--raw", options->raw,
                      "write the frames as raw RGBA (8 or 16 bits) to this file, or '-', instead of PNG files");
   import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
+  import->add_option("--xmp", options->xmp, "write the clip's XMP packet to this file");
+  import->add_option("--captions", options->captions,
+                     "write one caption stream to this file, as WebVTT (.vtt) or SubRip (.srt)");
+  import->add_option("--caption-stream", options->captionStream,
+                     "the caption stream to select and write, by index from 0 (default: the selected one)");
 }
 
 }  // namespace tetherhost

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace tetherhost {
@@ -31,6 +32,12 @@ struct ImportOptions {
   std::filesystem::path raw;
   // Audio that would take more than 8 GiB is written only when this is set.
   bool largeAudio = false;
+  // Empty: no XMP packet is written.
+  std::filesystem::path xmp;
+  // Empty: no captions are written; else a .vtt or .srt file of one stream,
+  // `captionStream` (an index) when set.
+  std::filesystem::path captions;
+  std::optional<int64_t> captionStream;
 };
 
 // Returns the process's exit status; throws HostError (or
