@@ -10,6 +10,7 @@
 #include <KL/IMediaMetaData.h>
 #include <RL/BinaryData.h>
 #include <kilncore/string/UTFConversion.h>
+#include <tether/ServerFailure.h>
 
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
@@ -92,6 +93,8 @@ std::string WithDescriptionLines(const std::string& json, const std::vector<std:
 void WriteXmp(const LinkedClip& clip, const std::filesystem::path& path, ProgressView& progress) {
   const InterfaceRef<KL::IMediaMetaData> metadata(clip.Item());
   if (!metadata) throw HostError("the clip has no metadata interface");
+  // A failure reason left from the import would read as this request's.
+  tether::ClearLastServerFailure();
   RL::BinaryData packet;
   HostError::ThrowIfFailed(metadata->ReadXMP(false, false, 0, packet), "the XMP packet");
   WriteBytes(path, packet);
@@ -108,6 +111,7 @@ void WriteCaptions(const LinkedClip& clip, const std::filesystem::path& path, st
   }
   const InterfaceRef<KL::ICaptioningSourceOwner> owner(clip.Item());
   if (!owner) throw HostError("the clip offers no captions");
+  tether::ClearLastServerFailure();
   // Selected before the captions are fetched, so that the fetched captions
   // show the server's answer to the selection.
   if (streamIndex) owner->SelectCaptionStream(static_cast<uint64_t>(*streamIndex));
@@ -117,7 +121,10 @@ void WriteCaptions(const LinkedClip& clip, const std::filesystem::path& path, st
     throw HostError("the server's captions could not be read (malformed caption text; the log says where)", code);
   }
   if (!captions || captions.Get()->GetStreamCount() == 0) {
-    throw HostError("the item has no captions (only host project sequences carry caption tracks)");
+    // The module fetches captions once and keeps a failed request's outcome as
+    // "none", so the two can't be told apart here.
+    throw HostError("the item has no captions (only host project sequences carry caption tracks), "
+                    "or its server could not give them");
   }
   const KL::CaptionStream& stream = ChooseStream(*captions.Get(), streamIndex, owner->GetSelectedCaptionStream());
   CaptionFile::Write(path, stream);
