@@ -36,18 +36,6 @@ File FileOf(const std::string& relative) {
   return File(kilncore::WideString(path.begin(), path.end()));
 }
 
-template <class T, class Start>
-std::pair<int, T> AwaitAnswer(Start start) {
-  auto promise = std::make_shared<std::promise<std::pair<int, T>>>();
-  auto future = promise->get_future();
-  start([promise](ConnectionStatus status, const T& value) { promise->set_value({status, value}); });
-  if (future.wait_for(kWait) != std::future_status::ready) {
-    ADD_FAILURE() << "callback never came";
-    return {-1, T{}};
-  }
-  return future.get();
-}
-
 // The progress reports of one key, as they arrive.
 struct ReportLog {
   std::mutex mutex;
@@ -124,7 +112,7 @@ TEST_P(IpcMetadataTest, XMPOfAMarlCompositionAndItsProgress) {
   auto source = Promo(&log);
   ASSERT_TRUE(source);
   // Frames 100 to 200 of the composition: only the logo's marker is in them.
-  auto [status, packet] = AwaitAnswer<std::string>(
+  auto [status, packet] = AwaitValue<std::string>(
       [&](auto cb) { source->RenderXMP(RatioTime(4), RatioTime(4), cb); });
   ASSERT_EQ(status, 0);
   EXPECT_NE(packet.find("<xmpDM:name>Logo</xmpDM:name>"), std::string::npos) << packet;
@@ -141,7 +129,7 @@ TEST_P(IpcMetadataTest, XMPOfAMarlCompositionAndItsProgress) {
 TEST_P(IpcMetadataTest, XMPOfASequenceCarriesItsMarkers) {
   auto source = Sequence(kFilm);
   ASSERT_TRUE(source);
-  auto [status, packet] = AwaitAnswer<std::string>(
+  auto [status, packet] = AwaitValue<std::string>(
       [&](auto cb) { source->RenderXMP(RatioTime(0), source->GetDuration(), cb); });
   ASSERT_EQ(status, 0);
   for (const char* marker : {"Intro ends", "Shot", "Outro"}) {
@@ -153,7 +141,7 @@ TEST_P(IpcMetadataTest, XMPOfASequenceCarriesItsMarkers) {
 TEST_P(IpcMetadataTest, NegativeXMPSpanFails) {
   auto source = Sequence(kFilm);
   ASSERT_TRUE(source);
-  auto [status, packet] = AwaitAnswer<std::string>(
+  auto [status, packet] = AwaitValue<std::string>(
       [&](auto cb) { source->RenderXMP(RatioTime(0), RatioTime(-1), cb); });
   EXPECT_NE(status, 0);
   EXPECT_TRUE(packet.empty());
@@ -162,7 +150,7 @@ TEST_P(IpcMetadataTest, NegativeXMPSpanFails) {
 TEST_P(IpcMetadataTest, CaptionsOfASequenceAreOneStreamPerTrack) {
   auto source = Sequence(kFilm);
   ASSERT_TRUE(source);
-  auto [status, captions] = AwaitAnswer<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
+  auto [status, captions] = AwaitValue<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
   ASSERT_EQ(status, 0);
   EXPECT_EQ(captions.version, 1);
   ASSERT_EQ(captions.streams.size(), 2u);
@@ -182,18 +170,18 @@ TEST_P(IpcMetadataTest, SelectionShowsInTheNextCaptionsOfThatSourceOnly) {
   ASSERT_TRUE(source && other);
   CaptionSelectionData selection;
   selection.streamIndex = 1;
-  auto [setStatus, accepted] = AwaitAnswer<bool>([&](auto cb) { source->SetCaptionSelectionData(selection, cb); });
+  auto [setStatus, accepted] = AwaitValue<bool>([&](auto cb) { source->SetCaptionSelectionData(selection, cb); });
   EXPECT_EQ(setStatus, 0);
   EXPECT_TRUE(accepted);
-  auto [status, captions] = AwaitAnswer<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
+  auto [status, captions] = AwaitValue<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
   ASSERT_EQ(captions.streams.size(), 2u);
   EXPECT_FALSE(captions.streams[0].selected);
   EXPECT_TRUE(captions.streams[1].selected);
-  auto [otherStatus, untouched] = AwaitAnswer<CaptionData>([&](auto cb) { other->GetCaptionData(cb); });
+  auto [otherStatus, untouched] = AwaitValue<CaptionData>([&](auto cb) { other->GetCaptionData(cb); });
   EXPECT_TRUE(untouched.streams.at(0).selected);
 
   selection.streamIndex = 2;
-  auto [badStatus, refused] = AwaitAnswer<bool>([&](auto cb) { source->SetCaptionSelectionData(selection, cb); });
+  auto [badStatus, refused] = AwaitValue<bool>([&](auto cb) { source->SetCaptionSelectionData(selection, cb); });
   EXPECT_EQ(badStatus, 0);
   EXPECT_FALSE(refused);
 }
@@ -201,7 +189,7 @@ TEST_P(IpcMetadataTest, SelectionShowsInTheNextCaptionsOfThatSourceOnly) {
 TEST_P(IpcMetadataTest, SequenceWithoutCaptionTracksHasNoCaptions) {
   auto source = Sequence(kSilentNTSC);
   ASSERT_TRUE(source);
-  auto [status, captions] = AwaitAnswer<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
+  auto [status, captions] = AwaitValue<CaptionData>([&](auto cb) { source->GetCaptionData(cb); });
   ASSERT_EQ(status, 0);
   EXPECT_TRUE(captions.serializedData.empty());
   EXPECT_TRUE(captions.streams.empty());

@@ -1,5 +1,7 @@
 // `tetherhost items` and `tetherhost segments` as a user runs them, against the
 // reference server.
+#include "RunTetherhost.h"
+
 #include <kilncore/utility/Guid.h>
 
 #include <gtest/gtest.h>
@@ -15,18 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Runs tetherhost with `arguments` and gives its exit status and its output,
-// both streams together.
-std::pair<int, std::string> RunTetherhost(const std::string& arguments) {
-  const std::string command = "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                              std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " 2>&1 </dev/null";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  std::string output;
-  char buffer[4096];
-  while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, read);
-  const int raw = ::pclose(pipe);
-  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, output};
-}
+using tetherhosttest::RunTetherhost;
 
 const fs::path kHost = fs::path(TETHER_TEST_EXAMPLES_FOLDER) / "host";
 const std::string kEdit = "'" + (fs::path(TETHER_TEST_EXAMPLES_FOLDER) / "host" / "edit.tlmproj").string() + "'";

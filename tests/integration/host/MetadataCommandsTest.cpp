@@ -1,12 +1,12 @@
 // An item's metadata through tetherhost as a user gets it: the description
 // lines of `info`, the XMP packet and the captions of `import`, against the
 // reference server; and what a user reads when the server fails them.
+#include "RunTetherhost.h"
+
 #include <kilncore/utility/Guid.h>
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
-
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,6 +18,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using tetherhosttest::RunTetherhost;
 
 const fs::path kExamples = TETHER_TEST_EXAMPLES_FOLDER;
 const std::string kCaptioned = "'" + (kExamples / "host" / "captioned.tlmproj").string() + "'";
@@ -44,19 +45,6 @@ class MetadataCommandsTest : public ::testing::Test {
     fs::remove_all(mFolder, ignored);
   }
 
-  // Runs tetherhost (with `environment` before it) and gives its exit status
-  // and both output streams together.
-  std::pair<int, std::string> Run(const std::string& arguments, const std::string& environment = {}) {
-    const std::string command = environment + " TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                                std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " 2>&1 </dev/null";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    std::string output;
-    char buffer[4096];
-    while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, read);
-    const int raw = ::pclose(pipe);
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, output};
-  }
-
   std::string Import(const std::string& project, const std::string& item, const std::string& more) {
     return "import " + project + (item.empty() ? "" : " --item " + item) + " --frames 0 --out '" +
            (mFolder / "frames").string() + "' " + more;
@@ -68,7 +56,7 @@ class MetadataCommandsTest : public ::testing::Test {
 };
 
 TEST_F(MetadataCommandsTest, InfoPrintsTheDescriptionLinesBeforeTheStreams) {
-  const auto [status, output] = Run("info " + kCaptioned + " --item " + kFilm);
+  const auto [status, output] = RunTetherhost("info " + kCaptioned + " --item " + kFilm);
   ASSERT_EQ(status, 0) << output;
   EXPECT_EQ(output.rfind("Film 23.976 with captions/captioned.tlmproj\n1280 x 720\n00:00:04:00, 23.976 fps\n"
                          "Color Space: Rec. 709\n48000 Hz - 32 bit float - Stereo\n\nitem:",
@@ -78,11 +66,11 @@ TEST_F(MetadataCommandsTest, InfoPrintsTheDescriptionLinesBeforeTheStreams) {
 }
 
 TEST_F(MetadataCommandsTest, InfoDescribesItemsAtEachRateWithAndWithoutAudio) {
-  const auto silent = Run("info " + kCaptioned + " --item " + kSilentNTSC);
+  const auto silent = RunTetherhost("info " + kCaptioned + " --item " + kSilentNTSC);
   ASSERT_EQ(silent.first, 0) << silent.second;
   EXPECT_NE(silent.second.find("720 x 480\n00:00:02:00, 29.97 fps\nColor Space: Rec. 709\n\n"), std::string::npos)
       << silent.second;
-  const auto mono = Run("info " + kCaptioned + " --item " + kMonoPAL);
+  const auto mono = RunTetherhost("info " + kCaptioned + " --item " + kMonoPAL);
   ASSERT_EQ(mono.first, 0) << mono.second;
   EXPECT_NE(mono.second.find("00:00:02:00, 25.00 fps\nColor Space: Rec. 709\n44100 Hz - 32 bit float - Mono\n"),
             std::string::npos)
@@ -90,7 +78,7 @@ TEST_F(MetadataCommandsTest, InfoDescribesItemsAtEachRateWithAndWithoutAudio) {
 }
 
 TEST_F(MetadataCommandsTest, InfoJsonCarriesTheDescriptionLines) {
-  const auto [status, output] = Run("info " + kMarkers + " --json");
+  const auto [status, output] = RunTetherhost("info " + kMarkers + " --json");
   ASSERT_EQ(status, 0) << output;
   rapidjson::Document document;
   document.Parse(output.c_str());
@@ -104,7 +92,7 @@ TEST_F(MetadataCommandsTest, InfoJsonCarriesTheDescriptionLines) {
 }
 
 TEST_F(MetadataCommandsTest, ImportWritesTheXMPPacketThatExiv2Reads) {
-  const auto [status, output] = Run(Import(kMarkers, "", "--xmp '" + Path("promo.xmp") + "'"));
+  const auto [status, output] = RunTetherhost(Import(kMarkers, "", "--xmp '" + Path("promo.xmp") + "'"));
   ASSERT_EQ(status, 0) << output;
   EXPECT_NE(output.find("XMP packet: " + Path("promo.xmp")), std::string::npos) << output;
   const std::string command = "exiv2 -PXv '" + Path("promo.xmp") + "' > '" + Path("exiv2.txt") + "' 2>&1";
@@ -117,7 +105,7 @@ TEST_F(MetadataCommandsTest, ImportWritesTheXMPPacketThatExiv2Reads) {
 
 TEST_F(MetadataCommandsTest, ImportWritesTheSelectedCaptionStreamThatFfmpegReads) {
   const auto [status, output] =
-      Run(Import(kCaptioned, kFilm, "--captions '" + Path("de.vtt") + "' --caption-stream 1"));
+      RunTetherhost(Import(kCaptioned, kFilm, "--captions '" + Path("de.vtt") + "' --caption-stream 1"));
   ASSERT_EQ(status, 0) << output;
   EXPECT_NE(output.find("(stream 2 \"Deutsch\", 2 cues)"), std::string::npos) << output;
   const std::string vtt = ReadAll(Path("de.vtt"));
@@ -130,7 +118,7 @@ TEST_F(MetadataCommandsTest, ImportWritesTheSelectedCaptionStreamThatFfmpegReads
 }
 
 TEST_F(MetadataCommandsTest, ImportWritesTheServersSelectedStreamAsSubRip) {
-  const auto [status, output] = Run(Import(kCaptioned, kFilm, "--captions '" + Path("en.srt") + "'"));
+  const auto [status, output] = RunTetherhost(Import(kCaptioned, kFilm, "--captions '" + Path("en.srt") + "'"));
   ASSERT_EQ(status, 0) << output;
   EXPECT_EQ(ReadAll(Path("en.srt")).rfind("1\n00:00:00,000 --> 00:00:01,001\nGood evening.\n\n2\n", 0), 0u);
   const std::string command = "ffmpeg -v error -y -i '" + Path("en.srt") + "' '" + Path("en.vtt") + "' 2>&1";
@@ -139,7 +127,7 @@ TEST_F(MetadataCommandsTest, ImportWritesTheServersSelectedStreamAsSubRip) {
 
 TEST_F(MetadataCommandsTest, CaptionStreamOutOfRangeFailsInOneLine) {
   const auto [status, output] =
-      Run(Import(kCaptioned, kFilm, "--captions '" + Path("x.vtt") + "' --caption-stream 5"));
+      RunTetherhost(Import(kCaptioned, kFilm, "--captions '" + Path("x.vtt") + "' --caption-stream 5"));
   EXPECT_EQ(status, 1);
   EXPECT_NE(output.find("tetherhost: --caption-stream 5: the item has caption streams 0-1\n"), std::string::npos)
       << output;
@@ -147,16 +135,16 @@ TEST_F(MetadataCommandsTest, CaptionStreamOutOfRangeFailsInOneLine) {
 }
 
 TEST_F(MetadataCommandsTest, ItemWithoutCaptionsSaysSo) {
-  const auto [status, output] = Run(Import(kMarkers, "", "--captions '" + Path("x.srt") + "'"));
+  const auto [status, output] = RunTetherhost(Import(kMarkers, "", "--captions '" + Path("x.srt") + "'"));
   EXPECT_EQ(status, 1);
   EXPECT_NE(output.find("tetherhost: the item has no captions"), std::string::npos) << output;
 }
 
 TEST_F(MetadataCommandsTest, BadCaptionOptionsAreUsageErrors) {
-  const auto wrongFormat = Run(Import(kCaptioned, kFilm, "--captions '" + Path("x.txt") + "'"));
+  const auto wrongFormat = RunTetherhost(Import(kCaptioned, kFilm, "--captions '" + Path("x.txt") + "'"));
   EXPECT_EQ(wrongFormat.first, 2) << wrongFormat.second;
   EXPECT_NE(wrongFormat.second.find("WebVTT (.vtt) or SubRip (.srt)"), std::string::npos) << wrongFormat.second;
-  const auto alone = Run(Import(kCaptioned, kFilm, "--caption-stream 1"));
+  const auto alone = RunTetherhost(Import(kCaptioned, kFilm, "--caption-stream 1"));
   EXPECT_EQ(alone.first, 2) << alone.second;
 }
 
@@ -164,14 +152,9 @@ TEST_F(MetadataCommandsTest, ServerLostDuringXMPFailsWithAClearLine) {
   const std::string environment = "TETHER_PROXY_SERVER='" TETHER_TEST_SERVER_EXECUTABLE
                                   "' TETHER_PROXY_FAULT=kill:source.render-xmp:1 "
                                   "TETHER_SERVER_EXECUTABLE='" TETHER_TEST_PROXY_EXECUTABLE "'";
-  const std::string command = environment + " '" + std::string(TETHER_TEST_TETHERHOST) + "' " +
-                              Import(kMarkers, "", "--xmp '" + Path("lost.xmp") + "'") + " 2>&1 </dev/null";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  std::string output;
-  char buffer[4096];
-  while (size_t read = std::fread(buffer, 1, sizeof(buffer), pipe)) output.append(buffer, read);
-  const int raw = ::pclose(pipe);
-  EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1) << output;
+  const auto [status, output] =
+      RunTetherhost(Import(kMarkers, "", "--xmp '" + Path("lost.xmp") + "'"), environment);
+  EXPECT_EQ(status, 1) << output;
   EXPECT_NE(output.find("tetherhost: "), std::string::npos) << output;
   EXPECT_FALSE(fs::exists(Path("lost.xmp")));
 }

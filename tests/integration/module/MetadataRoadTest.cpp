@@ -9,10 +9,19 @@
 #include <KL/IMediaMetaData.h>
 #include <RL/BinaryData.h>
 
+#include <TetherMedia/Lifecycle.h>
+#include <mediainfo/TetherProgress.h>
+
+#include <kilncore/messaging/Message.h>
+#include <kilncore/messaging/StationRegistry.h>
+#include <kilncore/messaging/UIThreadQueue.h>
 #include <kilncore/string/UTFConversion.h>
 #include <kilnmediatypes/TimeDisplay.h>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,14 +38,6 @@ const Guid kMonoPAL(u"5E7A1C0D-0000-4000-8000-000000000033");
 
 class MetadataRoadTest : public ModuleRoadTest {
  protected:
-  kilncore::WideString HostSample(const std::string& name) {
-    const std::filesystem::path folder = mExamples.PathFor("host");
-    if (!std::filesystem::exists(folder)) {
-      std::filesystem::copy(std::string(TETHER_TEST_EXAMPLES_FOLDER) + "/host", folder);
-    }
-    return kilncore::string::UTF8to16((folder / name).string());
-  }
-
   void ImportSequence(const Guid& id) {
     mClip.emplace(HostSample("captioned.tlmproj"), id);
     ASSERT_EQ(mClip->ImportResult(), 0);
@@ -74,6 +75,32 @@ TEST_P(MetadataRoadTest, XMPOfAMarlCompositionCarriesItsDescriptionAndMarkers) {
   EXPECT_NE(packet.find("<xmpDM:name>Last frame</xmpDM:name>"), std::string::npos);
   EXPECT_NE(packet.find("<stDim:w>1280</stDim:w>"), std::string::npos);
   EXPECT_NE(packet.find("<xmpDM:value>250</xmpDM:value>"), std::string::npos);
+}
+
+TEST_P(MetadataRoadTest, ReadingXMPShowsTheModulesAndTheServersProgress) {
+  mClip.emplace(kilncore::string::UTF8to16(mExamples.PathFor("markers.marlp").string()), kPromo);
+  ASSERT_EQ(mClip->ImportResult(), 0);
+  auto station = kilncore::messaging::FindStation(GetProgressStation());
+  ASSERT_NE(station, nullptr);
+  std::set<std::string> keys;
+  const uint64_t listener = station->AddListener([&keys](const kilncore::messaging::Message& message) {
+    if (const auto* progress = kilncore::messaging::MessageCast<TetherProgress>(message)) {
+      keys.insert(progress->GetProgressType());
+    }
+  });
+  EXPECT_FALSE(Packet().empty());
+  const std::set<std::string> expected{"$$$/TetherMedia/ReadingXMP=Reading XMP...",
+                                       "$$$/TetherServer/RenderingXMP=Writing the metadata of ^1"};
+  // The server's reports come on the link's threads and reach the UI queue
+  // in their own time; this loop is the host's UI thread.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!std::includes(keys.begin(), keys.end(), expected.begin(), expected.end()) &&
+         std::chrono::steady_clock::now() < deadline) {
+    kilncore::messaging::UIThreadQueue::Instance().WaitAndPump(std::chrono::steady_clock::now() +
+                                                               std::chrono::milliseconds(100));
+  }
+  station->RemoveListener(listener);
+  EXPECT_TRUE(std::includes(keys.begin(), keys.end(), expected.begin(), expected.end()));
 }
 
 TEST_P(MetadataRoadTest, XMPOfASequenceCarriesItsRateAndMarkers) {
