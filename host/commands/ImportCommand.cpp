@@ -296,9 +296,9 @@ int RunImport(HostSession& session, const ImportOptions& options) {
     session.Progress().Print(DescriptionText(description) + MissingFontsText(TetherMedia::GetMissingFonts()));
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
-    if (!options.xmp.empty()) ItemMetadata::WriteXmp(clip, options.xmp, session.Progress());
+    if (!options.xmp.empty()) session.Progress().Print(ItemMetadata::WriteXmp(clip.Item(), options.xmp));
     if (!options.captions.empty()) {
-      ItemMetadata::WriteCaptions(clip, options.captions, options.captionStream, session.Progress());
+      session.Progress().Print(ItemMetadata::WriteCaptions(clip.Item(), options.captions, options.captionStream));
     }
     WriteFrames(clip, description, options, session.Progress());
     if (!options.audio.empty()) WriteAudio(clip, options, audio, session.Progress());

@@ -20,7 +20,7 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
     const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
     // The owner's own description of the item comes first, as the host's
     // media properties show it; then the streams, fonts and missing assets.
-    const std::vector<std::string> lines = ItemMetadata::DescriptionLines(clip);
+    const std::vector<std::string> lines = ItemMetadata::DescriptionLines(clip.Item());
     session.Progress().Print(options.json
                                  ? ItemMetadata::WithDescriptionLines(DescriptionJson(description, fonts), lines)
                                  : ItemMetadata::DescriptionLinesText(lines) + DescriptionText(description) +

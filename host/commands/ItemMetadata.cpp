@@ -3,7 +3,6 @@
 #include <host/cli/HostError.h>
 #include <host/output/CaptionFile.h>
 #include <host/output/OutputFile.h>
-#include <host/session/ProgressView.h>
 
 #include <KL/ICaptioningSourceOwner.h>
 #include <KL/IMediaAnalysis.h>
@@ -56,11 +55,11 @@ const KL::CaptionStream& ChooseStream(const KL::ICaptioningSource& captions, std
 
 }  // namespace
 
-std::vector<std::string> DescriptionLines(const LinkedClip& clip) {
-  const InterfaceRef<KL::IMediaAnalysis> analysis(clip.Item());
+std::vector<std::string> DescriptionLines(const MediaItem& item) {
+  const InterfaceRef<KL::IMediaAnalysis> analysis(item);
   if (!analysis) return {};
   kilnmediatypes::TimeDisplay display;
-  if (const InterfaceRef<KL::IMediaMetaData> metadata{clip.Item()}) display = metadata->GetTimeDisplay();
+  if (const InterfaceRef<KL::IMediaMetaData> metadata{item}) display = metadata->GetTimeDisplay();
   std::vector<kilncore::WideString> lines;
   analysis->GetAnalysisLines(0, lines, 0, display, 0, 0);
   std::vector<std::string> texts;
@@ -90,26 +89,24 @@ std::string WithDescriptionLines(const std::string& json, const std::vector<std:
   return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
-void WriteXmp(const LinkedClip& clip, const std::filesystem::path& path, ProgressView& progress) {
-  const InterfaceRef<KL::IMediaMetaData> metadata(clip.Item());
+std::string WriteXmp(const MediaItem& item, const std::filesystem::path& path) {
+  const InterfaceRef<KL::IMediaMetaData> metadata(item);
   if (!metadata) throw HostError("the clip has no metadata interface");
   // A failure reason left from the import would read as this request's.
   tether::ClearLastServerFailure();
   RL::BinaryData packet;
   HostError::ThrowIfFailed(metadata->ReadXMP(false, false, 0, packet), "the XMP packet");
   WriteBytes(path, packet);
-  progress.Print(packet.GetSize() == 0 ? "note: the server has no XMP packet for this item; wrote an empty " +
-                                             path.string() + "\n"
-                                       : "XMP packet: " + path.string() + " (" + std::to_string(packet.GetSize()) +
-                                             " bytes)\n");
+  if (packet.GetSize() == 0) return "note: the server has no XMP packet for this item; wrote an empty " + path.string() + "\n";
+  return "XMP packet: " + path.string() + " (" + std::to_string(packet.GetSize()) + " bytes)\n";
 }
 
-void WriteCaptions(const LinkedClip& clip, const std::filesystem::path& path, std::optional<int64_t> streamIndex,
-                   ProgressView& progress) {
+std::string WriteCaptions(const MediaItem& item, const std::filesystem::path& path,
+                          std::optional<int64_t> streamIndex) {
   if (!CaptionFile::IsKnownFormat(path)) {
     throw std::invalid_argument("--captions " + path.string() + ": write captions as WebVTT (.vtt) or SubRip (.srt)");
   }
-  const InterfaceRef<KL::ICaptioningSourceOwner> owner(clip.Item());
+  const InterfaceRef<KL::ICaptioningSourceOwner> owner(item);
   if (!owner) throw HostError("the clip offers no captions");
   tether::ClearLastServerFailure();
   // Selected before the captions are fetched, so that the fetched captions
@@ -128,9 +125,9 @@ void WriteCaptions(const LinkedClip& clip, const std::filesystem::path& path, st
   }
   const KL::CaptionStream& stream = ChooseStream(*captions.Get(), streamIndex, owner->GetSelectedCaptionStream());
   CaptionFile::Write(path, stream);
-  progress.Print("captions: " + path.string() + " (stream " + std::to_string(stream.id) +
-                 (stream.label.empty() ? "" : " \"" + stream.label + "\"") + ", " + std::to_string(stream.cues.size()) +
-                 " cues)\n");
+  return "captions: " + path.string() + " (stream " + std::to_string(stream.id) +
+         (stream.label.empty() ? "" : " \"" + stream.label + "\"") + ", " + std::to_string(stream.cues.size()) +
+         " cues)\n";
 }
 
 }  // namespace tetherhost::ItemMetadata
