@@ -11,7 +11,9 @@
 
 #include <boost/rational.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -40,12 +42,17 @@ boost::rational<int64_t> FramesPerSecond(tether::FrameRate frameRate) {
   return boost::rational<int64_t>(tether::kTicksPerSecond, frameRate);
 }
 
-// Whole frames in `seconds`, rounded towards minus infinity.
+// Whole frames in `seconds`, rounded towards minus infinity. Computed in 128
+// bits, since a client may ask for any span; the result is kept small enough
+// that a frame count times the frame length, or two counts added, stay in 64
+// bits.
 int64_t FramesIn(const tether::RatioTime& seconds, tether::FrameRate frameRate) {
-  const boost::rational<int64_t> frames = seconds * FramesPerSecond(frameRate);
-  int64_t whole = frames.numerator() / frames.denominator();
-  if (frames.numerator() % frames.denominator() != 0 && frames.numerator() < 0) --whole;
-  return whole;
+  const __int128 numerator = static_cast<__int128>(seconds.numerator()) * tether::kTicksPerSecond;
+  const __int128 denominator = static_cast<__int128>(seconds.denominator()) * frameRate;
+  __int128 whole = numerator / denominator;
+  if (numerator % denominator != 0 && numerator < 0) --whole;
+  const __int128 limit = std::numeric_limits<int64_t>::max() / 4 / frameRate;
+  return static_cast<int64_t>(std::clamp<__int128>(whole, -limit, limit));
 }
 
 // The xmpDM timeFormat of a rate, and the host's display that counts like it.
@@ -111,8 +118,8 @@ void WriteTimes(Writer& writer, const XmpDescription& description, const tether:
   writer.Set(kDynamicMedia, "videoFrameRate", DecimalRate(rate));
 
   const auto [format, display] = TimeFormat(rate, description.dropFrame);
-  const tether::RatioTime first = description.startTime + start;
-  const kilnmediatypes::TickTime time(FramesIn(first, rate) * rate);
+  const int64_t first = FramesIn(description.startTime, rate) + FramesIn(start, rate);
+  const kilnmediatypes::TickTime time(first * rate);
   const kilncore::WideString timecode =
       Sill::Timecode(time, kilnmediatypes::FrameRate(rate), kilnmediatypes::TimeDisplay(display)).GetString();
   writer.Set(kDynamicMedia, "startTimecode/xmpDM:timeFormat", format);
@@ -123,7 +130,7 @@ void WriteMarkers(Writer& writer, const XmpDescription& description, const tethe
                   const tether::RatioTime& duration) {
   const tether::FrameRate rate = description.frameRate;
   const int64_t first = FramesIn(start, rate);
-  const int64_t end = FramesIn(start + duration, rate);
+  const int64_t end = first + FramesIn(duration, rate);
   bool hasTrack = false;
   int index = 0;
   for (const ItemMarker& marker : description.markers) {

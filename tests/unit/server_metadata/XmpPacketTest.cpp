@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <utility>
 #include <memory>
 #include <string>
 
@@ -118,6 +120,15 @@ TEST(XmpPacketTest, ItemWithoutRateHasNoTimes) {
   ASSERT_TRUE(parsed.OK());
   EXPECT_EQ(parsed.Get(kDM, "videoFrameRate"), "<none>");
   EXPECT_EQ(parsed.Title(), "Main \xE2\x9C\x93");
+}
+
+TEST(XmpPacketTest, HugeSpansGiveAPacketWithoutOverflow) {
+  const int64_t huge = std::numeric_limits<int64_t>::max() / 3;
+  for (const auto& [start, duration] : {std::pair{tether::RatioTime(huge), tether::RatioTime(huge)},
+                                        std::pair{tether::RatioTime(huge, huge - 1), tether::RatioTime(1, huge)}}) {
+    Parsed parsed(XmpPacket::Build(Sample(), start, duration));
+    EXPECT_TRUE(parsed.OK());
+  }
 }
 
 TEST(XmpPacketTest, AnIndependentReaderReadsThePacket) {
