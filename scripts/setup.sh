@@ -22,6 +22,7 @@ PACKAGES=(
   libgtk-3-dev xvfb xdotool x11-apps netpbm
   ffmpeg
   libcpp-httplib-dev libssl-dev zlib1g-dev libbrotli-dev
+  libexempi-dev libimage-exiftool-perl exiv2
 )
 
 as_root() {

@@ -109,6 +109,10 @@ struct Session::Object {
   // Sources: the caption stream the client selected, by index.
   std::mutex captionMutex;
   std::optional<size_t> selectedCaption;
+  // Projects and sources: the server that opened them, whose client may
+  // watch their progress (0 and null for none).
+  uint64_t serverHandle = 0;
+  std::weak_ptr<Object> server;
 };
 
 Session::Session(UniqueFd socket, std::shared_ptr<const SessionContent> content, Options options)
@@ -480,6 +484,9 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     auto object = std::make_shared<Object>();
     object->kind = Kind::kSource;
     object->item = std::move(item);
+    const bool fromProject = target->kind == Kind::kProject;
+    object->serverHandle = fromProject ? target->serverHandle : handle;
+    object->server = fromProject ? target->server : std::weak_ptr<Object>(target);
     object->info = object->item->Describe();
     reply["handle"] = MakeAny(Store(object));
     reply["info"] = ToTree(object->info);
@@ -609,6 +616,8 @@ int32_t Session::OpenProject(uint64_t serverHandle, Object& server, const Body& 
   auto object = std::make_shared<Object>();
   object->kind = Object::Kind::kProject;
   object->project = project;
+  object->serverHandle = serverHandle;
+  object->server = Find(serverHandle);
   reply["handle"] = MakeAny(Store(object));
   reply["file"] = ToTree(file);
   reply["missingAssets"] = ToTree(project->GetMissingAssets());
@@ -683,9 +692,20 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     return kStatusOK;
   }
   if (op == "source.render-xmp") {
-    RatioFromTree(Field(args, "start"));
-    RatioFromTree(Field(args, "duration"));
-    reply["packet"] = MakeAny(std::string());
+    const tether::RatioTime start = RatioFromTree(Field(args, "start"));
+    const tether::RatioTime duration = RatioFromTree(Field(args, "duration"));
+    if (start < 0 || duration < 0) {
+      FailureReason::Set("the span of an XMP packet can't start or last less than 0");
+      return kStatusFailed;
+    }
+    // The client's progress view shows the packet being made: unknown
+    // progress first, done at the end.
+    const std::vector<std::string> name{kilncore::string::UTF16to8(source.info.name)};
+    const auto server = source.server.lock();
+    const bool watching = server && server->watchingProgress;
+    if (watching) SendProgress(source.serverHandle, kRenderingXMPProgressType, -1.0, name);
+    reply["packet"] = MakeAny(source.item->RenderXMP(start, duration));
+    if (watching) SendProgress(source.serverHandle, kRenderingXMPProgressType, 1.0, name);
     return kStatusOK;
   }
   if (op == "source.get-caption-data") {

@@ -56,6 +56,12 @@ class SessionItem {
   // The item's captions; empty when it has none.
   virtual tether::CaptionData Captions() const { return {}; }
 
+  // The item's XMP packet of the span [start, start + duration), in seconds
+  // from its first frame; empty when the item has none.
+  virtual std::string RenderXMP(const tether::RatioTime& /*start*/, const tether::RatioTime& /*duration*/) const {
+    return {};
+  }
+
   // Answers the owning application's named request `name` (the method of a
   // call made by kilncore::serialization::BuildCall) with its `arguments`.
   // 0 with the answer in `reply`, or a negative code with a message for the
@@ -93,6 +99,8 @@ class SessionProject {
 // project's path; a missing font adds its family and style.
 inline constexpr char kOpeningProgressType[] = "$$$/TetherServer/OpeningProject=Opening ^1";
 inline constexpr char kMissingFontProgressType[] = "$$$/TetherServer/MissingFont=The font ^2 ^3 of ^1 is missing";
+// The progress key of an XMP packet being made; the argument is the item's name.
+inline constexpr char kRenderingXMPProgressType[] = "$$$/TetherServer/RenderingXMP=Writing the metadata of ^1";
 
 // Receives progress reports while a project opens: the progress key (UTF-8,
 // "$$$/key=default text"), the value (0..1, negative for unknown) and the

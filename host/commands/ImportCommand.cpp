@@ -2,6 +2,7 @@
 
 #include <host/commands/ClipReport.h>
 #include <host/commands/FarsideCommands.h>
+#include <host/commands/ItemMetadata.h>
 
 #include <host/cli/CommandLine.h>
 #include <host/cli/FrameRange.h>
@@ -10,6 +11,7 @@
 #include <host/cli/Interruption.h>
 #include <host/cli/OptionParsing.h>
 #include <host/cli/ReadableNames.h>
+#include <host/output/CaptionFile.h>
 #include <host/output/ContactSheet.h>
 #include <host/output/PngFile.h>
 #include <host/output/RawFrameWriter.h>
@@ -265,6 +267,13 @@ int RunImport(HostSession& session, const ImportOptions& options) {
   ParsePixelFormat(options.format);  // a bad option fails before any work
   if (!options.size.empty()) ParseFrameSize(options.size);
   if (!options.frames.empty()) FrameRange::Parse(options.frames);
+  if (!options.captions.empty() && !CaptionFile::IsKnownFormat(options.captions)) {
+    throw std::invalid_argument("--captions " + options.captions.string() +
+                                ": write captions as WebVTT (.vtt) or SubRip (.srt)");
+  }
+  if (options.captionStream && options.captions.empty()) {
+    throw std::invalid_argument("--caption-stream needs --captions FILE to write the stream to");
+  }
   if (options.out == "-") {
     throw std::invalid_argument("--out is a folder for PNG files; '-' (standard output) is not one: use --y4m - or --raw -");
   }
@@ -293,6 +302,10 @@ int RunImport(HostSession& session, const ImportOptions& options) {
                              (lacking ? MissingAssetsProbe::MediaText(*lacking) : std::string()));
     AudioPlan audio;
     if (!options.audio.empty()) audio = PlanAudio(clip, description, options);
+    if (!options.xmp.empty()) session.Progress().Print(ItemMetadata::WriteXmp(clip.Item(), options.xmp));
+    if (!options.captions.empty()) {
+      session.Progress().Print(ItemMetadata::WriteCaptions(clip.Item(), options.captions, options.captionStream));
+    }
     WriteFrames(clip, description, options, session.Progress());
     if (!options.audio.empty()) WriteAudio(clip, options, audio, session.Progress());
     return 0;
@@ -331,6 +344,11 @@ void AddImportCommand(CommandLine& commandLine) {
                      "write the frames as raw RGBA (8 or 16 bits) to this file, or '-', instead of PNG files");
   import->add_flag("--large-audio", options->largeAudio, "write audio even when it takes more than 8 GiB");
   AddFarsideOptions(*import);
+  import->add_option("--xmp", options->xmp, "write the clip's XMP packet to this file");
+  import->add_option("--captions", options->captions,
+                     "write one caption stream to this file, as WebVTT (.vtt) or SubRip (.srt)");
+  import->add_option("--caption-stream", options->captionStream,
+                     "the caption stream to select and write, by index from 0 (default: the selected one)");
 }
 
 }  // namespace tetherhost

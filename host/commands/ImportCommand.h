@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace tetherhost {
@@ -33,6 +34,12 @@ struct ImportOptions {
   bool largeAudio = false;
   // The owner's render options (JSON) the clip is imported with; empty: none.
   std::string renderOptions;
+  // Empty: no XMP packet is written.
+  std::filesystem::path xmp;
+  // Empty: no captions are written; else a .vtt or .srt file of one stream,
+  // `captionStream` (an index) when set.
+  std::filesystem::path captions;
+  std::optional<int64_t> captionStream;
 };
 
 // Returns the process's exit status; throws HostError (or

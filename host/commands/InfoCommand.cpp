@@ -2,6 +2,7 @@
 
 #include <host/cli/CommandLine.h>
 #include <host/commands/ClipReport.h>
+#include <host/commands/ItemMetadata.h>
 #include <host/session/HostSession.h>
 #include <host/session/LinkedClip.h>
 #include <host/session/ProgressView.h>
@@ -17,8 +18,13 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
     const LinkedClip clip = LinkedClip::Import(session.Module(), options.project, options.item);
     const ClipDescription description = clip.Describe();
     const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
-    session.Progress().Print(options.json ? DescriptionJson(description, fonts)
-                                          : DescriptionText(description) + MissingFontsText(fonts));
+    // The owner's own description of the item comes first, as the host's
+    // media properties show it; then the streams, fonts and missing assets.
+    const std::vector<std::string> lines = ItemMetadata::DescriptionLines(clip.Item());
+    session.Progress().Print(options.json
+                                 ? ItemMetadata::WithDescriptionLines(DescriptionJson(description, fonts), lines)
+                                 : ItemMetadata::DescriptionLinesText(lines) + DescriptionText(description) +
+                                       MissingFontsText(fonts));
     return 0;
   });
 }

@@ -9,8 +9,9 @@ class CommandLine;
 class HostSession;
 
 // `tetherhost info`: imports one composition as a new clip and describes it
-// as the host sees it (streams, rate, duration, missing fonts), without
-// pulling a frame; with --json, as one JSON object for programs.
+// as the host sees it (the owner's description lines, then streams, rate,
+// duration, missing fonts), without pulling a frame; with --json, as one JSON
+// object for programs.
 struct InfoOptions {
   std::filesystem::path project;
   std::string item;

@@ -1,6 +1,7 @@
 #include <server/marl/MarlHandler.h>
 
 #include <server/FailureReason.h>
+#include <metadata/ItemMetadata.h>
 
 #include <server/project/ProjectXml.h>
 #include "SessionSyntheticContent.h"
@@ -89,6 +90,12 @@ class CompositionItem : public SessionItem {
   }
 
   tether::CaptionData Captions() const override { return mComposition->captions; }
+
+  std::string RenderXMP(const tether::RatioTime& start, const tether::RatioTime& duration) const override {
+    std::vector<ItemMarker> markers;
+    for (const PlacedMarker& marker : mComposition->placedMarkers) markers.push_back({marker.frame, marker.name});
+    return ItemMetadata::RenderXMP(mInfo, std::move(markers), start, duration);
+  }
 
  private:
   std::shared_ptr<const Project> mProject;

@@ -14,6 +14,14 @@
 
 namespace tetherserver {
 
+// A marker at a frame, counted from the composition's first frame.
+struct PlacedMarker {
+  int64_t frame = 0;
+  std::string name;
+
+  friend bool operator==(const PlacedMarker&, const PlacedMarker&) = default;
+};
+
 // One composition of a project, as read from its file. Immutable once the
 // project is open; every time is kept as frames of the composition's rate so
 // that all derived times are exact.
@@ -38,7 +46,10 @@ struct Composition {
   // Bottom layer first.
   std::vector<Layer> layers;
   CompositionAudio audio;
+  // The names of every marker, as items describe them.
   std::vector<std::string> markers;
+  // The markers that have a frame, in the file's order.
+  std::vector<PlacedMarker> placedMarkers;
   // The captions as the file gives them (serialised text and streams); empty
   // when the composition has none.
   tether::CaptionData captions;

@@ -373,7 +373,18 @@ Composition ReadComposition(const Value& value, const std::string& path) {
   if (const Value* markers = OptionalMember(value, "markers")) {
     RequireArray(*markers, path + ".markers");
     for (rapidjson::SizeType i = 0; i < markers->Size(); ++i) {
-      comp.markers.push_back(ReadString((*markers)[i], path + ".markers[" + std::to_string(i) + "]"));
+      const std::string markerPath = path + ".markers[" + std::to_string(i) + "]";
+      const Value& marker = (*markers)[i];
+      if (!marker.IsObject()) {
+        comp.markers.push_back(ReadString(marker, markerPath));
+        continue;
+      }
+      // A placed marker: a name at a frame, which XMP packets list.
+      PlacedMarker placed;
+      placed.frame = ReadInteger(Member(marker, "frame", markerPath), markerPath + ".frame", 0, comp.durationFrames - 1);
+      placed.name = StringMember(marker, "name", markerPath);
+      comp.markers.push_back(placed.name);
+      comp.placedMarkers.push_back(std::move(placed));
     }
   }
   if (const Value* captions = OptionalMember(value, "captions")) {

@@ -1,5 +1,6 @@
 #include <server/tolmen/SequenceItem.h>
 
+#include <metadata/ItemMetadata.h>
 #include <server/render/FrameRenderer.h>
 #include <server/render/FrameStamp.h>
 
@@ -242,6 +243,16 @@ int32_t SequenceItem::RenderAudio(const tether::AudioRenderOptions& options, int
     }
   }
   return tether::wire::kStatusOK;
+}
+
+tether::CaptionData SequenceItem::Captions() const {
+  return ItemMetadata::CaptionsOfTracks(mTimeline.GetSequence().captionTracks, mView.FrameTicks());
+}
+
+std::string SequenceItem::RenderXMP(const tether::RatioTime& start, const tether::RatioTime& duration) const {
+  std::vector<ItemMarker> markers;
+  for (const ProjectXML::Marker& marker : mTimeline.GetSequence().markers) markers.push_back({marker.frame, marker.name});
+  return ItemMetadata::RenderXMP(Describe(), std::move(markers), start, duration);
 }
 
 }  // namespace tetherserver

@@ -39,6 +39,9 @@ class SequenceItem : public SessionItem {
   int32_t RenderAudio(const tether::AudioRenderOptions& options, int64_t start, uint32_t frames,
                       float* target) const override;
   uint32_t SampleRate(const tether::AudioRenderOptions& options) const override;
+  // One stream per caption track of the sequence (docs/captions.md).
+  tether::CaptionData Captions() const override;
+  std::string RenderXMP(const tether::RatioTime& start, const tether::RatioTime& duration) const override;
   int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
                         std::string& message) const override;
 

@@ -40,19 +40,6 @@ File ExampleFile(const std::string& name) {
   return File(kilncore::WideString(path.begin(), path.end()));
 }
 
-// Waits for one callback shaped (status, value) and gives both back.
-template <class T, class Start>
-std::pair<int, T> AwaitValue(Start start) {
-  auto promise = std::make_shared<std::promise<std::pair<int, T>>>();
-  auto future = promise->get_future();
-  start([promise](ConnectionStatus status, const T& value) { promise->set_value({status, value}); });
-  if (future.wait_for(kWait) != std::future_status::ready) {
-    ADD_FAILURE() << "callback never came";
-    return {-1, T{}};
-  }
-  return future.get();
-}
-
 class IpcServerRoadsTest : public ::testing::TestWithParam<Mode> {
  protected:
   void SetUp() override {

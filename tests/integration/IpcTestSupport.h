@@ -59,6 +59,19 @@ struct Block {
   BlockData data;
 };
 
+// Waits for one callback shaped (status, value) and gives both back.
+template <class T, class Start>
+std::pair<int, T> AwaitValue(Start start) {
+  auto promise = std::make_shared<std::promise<std::pair<int, T>>>();
+  auto future = promise->get_future();
+  start([promise](ConnectionStatus status, const T& value) { promise->set_value({status, value}); });
+  if (future.wait_for(kWait) != std::future_status::ready) {
+    ADD_FAILURE() << "callback never came";
+    return {-1, T{}};
+  }
+  return future.get();
+}
+
 template <class Renderer, class... Args>
 Block AwaitBlock(Renderer& renderer, Args... args) {
   auto promise = std::make_shared<std::promise<Block>>();

@@ -1,6 +1,6 @@
 // `tetherhost items` and `tetherhost segments` as a user runs them, against the
 // reference server.
-#include "TetherhostProcess.h"
+#include "RunTetherhost.h"
 
 #include <host/output/PngFile.h>
 #include <kilncore/utility/Guid.h>

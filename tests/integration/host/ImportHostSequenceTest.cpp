@@ -1,7 +1,7 @@
 // `tetherhost import` of a Final Cut Pro XML file (the file road of the host
 // project server) and of both host project flavours, as a user runs it: the
 // frames and the audio that reach the files it writes.
-#include "TetherhostProcess.h"
+#include "RunTetherhost.h"
 
 #include <host/output/PngFile.h>
 #include <host/output/WavFile.h>

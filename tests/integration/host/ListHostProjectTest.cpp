@@ -1,6 +1,6 @@
 // `tetherhost list` of host projects and Final Cut Pro XML files, as a user
 // runs it: the bin tree or the sequences, as lines and as JSON.
-#include "TetherhostProcess.h"
+#include "RunTetherhost.h"
 
 #include <rapidjson/document.h>
 

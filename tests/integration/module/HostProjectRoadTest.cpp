@@ -40,15 +40,6 @@ constexpr int64_t kTicksPerFrame = 10160640000;
 
 class HostProjectRoadTest : public ModuleRoadTest {
  protected:
-  // The host project samples and their media, in this test's private folder.
-  kilncore::WideString HostSample(const std::string& name) {
-    const std::filesystem::path folder = mExamples.PathFor("host");
-    if (!std::filesystem::exists(folder)) {
-      std::filesystem::copy(std::string(TETHER_TEST_EXAMPLES_FOLDER) + "/host", folder);
-    }
-    return kilncore::string::UTF8to16((folder / name).string());
-  }
-
   static std::optional<std::string> TextOf(const InterfaceRef<KL::IProjectItem>& item,
                                            const kilncore::utility::ImmutableString& key) {
     KL::SerializeableValue<std::string> value;

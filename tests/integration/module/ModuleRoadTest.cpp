@@ -1,9 +1,11 @@
 #include "ModuleRoadTest.h"
 
 #include <WF/AudioSourcePool.h>
+#include <kilncore/string/UTFConversion.h>
 #include <kilnmediatypes/PixelFormat.h>
 #include <kilnmediatypes/RatioTime.h>
 
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
@@ -21,6 +23,14 @@ void ModuleRoadTest::TearDown() {
   mClip.reset();
   Cache().Clear();
   WF::AudioSourcePool::Create()->Clear();
+}
+
+kilncore::WideString ModuleRoadTest::HostSample(const std::string& name) {
+  const std::filesystem::path folder = mExamples.PathFor("host");
+  if (!std::filesystem::exists(folder)) {
+    std::filesystem::copy(std::string(TETHER_TEST_EXAMPLES_FOLDER) + "/host", folder);
+  }
+  return kilncore::string::UTF8to16((folder / name).string());
 }
 
 bool ModuleRoadTest::ImportClip(const std::string& fileName, const kilncore::utility::Guid& id,

@@ -36,6 +36,9 @@ class ModuleRoadTest : public ::testing::TestWithParam<ServerMode> {
   // of it. True if the import succeeded.
   bool ImportClip(const std::string& fileName, const kilncore::utility::Guid& id,
                   const tether::MarlRenderOptions* options = nullptr);
+  // The host project sample `name`, with the media of the host samples, in
+  // this test's private folder.
+  kilncore::WideString HostSample(const std::string& name);
   // Full-size 8-bit BGRA, as mClip's video stream settles it.
   RL::FrameFormat SettledBGRA() const;
   // The time of frame `frame` of mExample's composition.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mediainfo/TetherMediaInfo.h>
+#include <source/TetherSource.h>
 
 #include <RL/BinaryData.h>
 #include <TetherMedia/Prefs.h>
@@ -49,6 +50,11 @@ class TetherMediaInfoTestAccess {
     kilncore::threads::ScopedRecursiveLock lock(item.mMutex);
     return static_cast<bool>(item.mVideoSource);
   }
+  static kilncore::classref::InterfaceRef<TetherSource> LinkedSource(const TetherMediaInfo& item) {
+    return item.LinkedSource();
+  }
+  static kilnmediatypes::TickTime XMPWorkAreaIn(const TetherMediaInfo& item) { return item.mXMPRenderWorkAreaIn; }
+  static kilnmediatypes::TickTime XMPWorkAreaOut(const TetherMediaInfo& item) { return item.mXMPRenderWorkAreaOut; }
   static void SetSource(TetherMediaInfo& item, const std::shared_ptr<tether::Source>& source) {
     kilncore::threads::ScopedRecursiveLock lock(item.mMutex);
     item.mSource = source;
