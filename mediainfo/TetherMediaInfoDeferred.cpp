@@ -1,5 +1,5 @@
-// Operations whose server conversations (refresh, XMP and captions,
-// dependency checks, fonts) are not built yet. Until they are, each
+// Operations whose server conversations (XMP and captions, analysis) are not
+// built yet. Until they are, each
 // gives the answer of an item that has nothing to report, so that the host
 // treats the item as plain linked media.
 
@@ -7,24 +7,11 @@
 
 namespace TetherMedia {
 
-int32_t TetherMediaInfo::RefreshFile(const kilncore::WideString& /*path*/) { return 0; }
-
 int32_t TetherMediaInfo::ReadXMP(bool /*reservedA*/, bool /*reservedB*/, int32_t /*reservedC*/,
                                  RL::BinaryData& out) {
   out = RL::BinaryData();
   return 0;
 }
-
-kilncore::utility::Guid TetherMediaInfo::GetRuntimeGuid() { return kilncore::utility::Guid(); }
-
-bool TetherMediaInfo::IsSourceLinkedTo(kilncore::utility::Guid /*id*/) { return false; }
-
-bool TetherMediaInfo::IsProjectItemLinked(
-    kilncore::classref::InterfaceRef<KL::IProjectItem> /*item*/) {
-  return false;
-}
-
-bool TetherMediaInfo::HasNestedLink() { return false; }
 
 int32_t TetherMediaInfo::GetCaptioningSource(
     kilncore::classref::InterfaceRef<KL::ICaptioningSource>& /*out*/) {
@@ -48,7 +35,5 @@ bool TetherMediaInfo::AnalysisQueryA() { return false; }
 uint32_t TetherMediaInfo::AnalysisFlags() { return 0; }
 
 void TetherMediaInfo::AnalysisNoOp() {}
-
-bool TetherMediaInfo::OnFontSetChanged() { return false; }
 
 }  // namespace TetherMedia
