@@ -570,12 +570,12 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
   if (op == "project.is-source-linked") {
     expect(Kind::kProject);
-    reply["value"] = MakeAny(target->project->GetItem(GuidFromTree(Field(args, "id"))) != nullptr);
+    reply["value"] = MakeAny(target->project->IsSourceLinked(GuidFromTree(Field(args, "id"))));
     return kStatusOK;
   }
   if (op == "project.runtime-font-change") {
     expect(Kind::kProject);
-    reply["value"] = MakeAny(mOptions.fonts->Generation());
+    reply["value"] = MakeAny(target->project->RuntimeFontChange().value_or(mOptions.fonts->Generation()));
     return kStatusOK;
   }
   if (op == kRenderOp) {
@@ -712,11 +712,12 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     return kStatusOK;
   }
   if (op == "source.contains-link") {
-    reply["value"] = MakeAny(false);
+    reply["value"] = MakeAny(source.item->ContainsLink());
     return kStatusOK;
   }
   if (op == "source.get-runtime-guid") {
-    reply["id"] = ToTree(RuntimeGuidOf(source.info.contentState, mOptions.fonts->Generation()));
+    const auto own = source.item->RuntimeGuid();
+    reply["id"] = ToTree(own ? *own : RuntimeGuidOf(source.info.contentState, mOptions.fonts->Generation()));
     return kStatusOK;
   }
   return kStatusNotSupported;
