@@ -1,6 +1,7 @@
 #include <server/marl/MarlHandler.h>
 
 #include <server/FailureReason.h>
+#include <server/ProjectLinks.h>
 
 #include <server/project/ProjectXml.h>
 #include "SessionSyntheticContent.h"
@@ -90,6 +91,8 @@ class CompositionItem : public SessionItem {
 
   tether::CaptionData Captions() const override { return mComposition->captions; }
 
+  bool ContainsLink() const override { return !ProjectLinks::Of(*mComposition, mProject->GetPath()).empty(); }
+
  private:
   std::shared_ptr<const Project> mProject;
   const Composition* mComposition;
@@ -107,6 +110,17 @@ class OpenedProject : public SessionProject {
   }
 
   std::shared_ptr<const SessionItem> GetItem(const Guid& id) const override { return ItemOf(mProject, id); }
+
+  // Through the links of every composition, and on through the projects
+  // they name.
+  bool IsSourceLinked(const Guid& id) const override {
+    std::vector<LinkTarget> starts;
+    for (const tether::ItemInfo& entry : mProject->ListCompositions()) {
+      const auto links = ProjectLinks::Of(*mProject->FindComposition(entry.id), mProject->GetPath());
+      starts.insert(starts.end(), links.begin(), links.end());
+    }
+    return ProjectLinks::Reaches(starts, id);
+  }
 
   std::optional<std::string> ItemsAsXML(const std::vector<Guid>& ids) const override {
     std::vector<ProjectXmlItem> items;

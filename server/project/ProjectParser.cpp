@@ -196,9 +196,16 @@ Layer ReadLayer(const Value& value, const std::string& path) {
     if (const Value* background = OptionalMember(value, "background")) {
       layer.background = ReadColor(*background, path + ".background");
     }
+  } else if (type == "link") {
+    layer.type = Layer::Type::kLink;
+    layer.linkProject = StringMember(value, "project", path);
+    if (layer.linkProject.empty()) Fail(path + ".project", "must name a project file");
+    const std::string item = StringMember(value, "item", path);
+    layer.linkItem = Guid(std::string_view{item});
+    if (layer.linkItem.IsNil()) Fail(path + ".item", "must be a non-nil identifier (8-4-4-4-12 hexadecimal)");
   } else {
     Fail(path + ".type",
-         "must be \"solid\", \"gradient\", \"movingShape\", \"frameNumber\" or \"timecode\"");
+         "must be \"solid\", \"gradient\", \"movingShape\", \"frameNumber\", \"timecode\" or \"link\"");
   }
   return layer;
 }

@@ -119,6 +119,8 @@ class LineComposer {
         case Layer::Type::kTimecodeBurnIn:
           DrawBurnIn(layer, field.burnInTexts[i], y);
           break;
+        case Layer::Type::kLink:
+          break;
       }
     }
     return mLine;

@@ -1,5 +1,7 @@
 #include <server/tolmen/SequenceItem.h>
 
+#include <server/ProjectLinks.h>
+
 #include <server/render/FrameRenderer.h>
 #include <server/render/FrameStamp.h>
 
@@ -99,6 +101,12 @@ Composition SequenceItem::MakeView(const ProjectXML::Item& item) {
   view.durationFrames = std::max<int64_t>(1, timeline.DurationFrames());
   view.workAreaOutFrame = view.durationFrames;
   return view;
+}
+
+bool SequenceItem::ContainsLink() const {
+  return !ProjectLinks::Of(mTimeline.GetSequence(),
+                           std::filesystem::path(kilncore::string::UTF16to8(mProjectFile.FullPath())))
+              .empty();
 }
 
 tether::SourceInfo SequenceItem::Describe() const {

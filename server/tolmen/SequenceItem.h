@@ -42,6 +42,9 @@ class SequenceItem : public SessionItem {
   int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
                         std::string& message) const override;
 
+  // Whether one of the sequence's clips links an item of another project.
+  bool ContainsLink() const override;
+
   const SequenceTimeline& GetTimeline() const { return mTimeline; }
 
  private:
