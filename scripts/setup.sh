@@ -21,6 +21,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libgtk-3-dev xvfb xdotool x11-apps netpbm
   ffmpeg
+  libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
 
 as_root() {

@@ -8,6 +8,7 @@
 
 #include <server/project/Project.h>
 #include <server/render/AudioSynthesizer.h>
+#include <server/render/FontCatalog.h>
 #include <server/render/FrameRenderer.h>
 #include <server/render/RenderSettings.h>
 
@@ -15,6 +16,8 @@
 
 #include <kilncore/string/UTFConversion.h>
 
+#include <mutex>
+#include <optional>
 #include <string>
 
 namespace tetherserver {
@@ -93,6 +96,13 @@ class CompositionItem : public SessionItem {
 
   bool ContainsLink() const override { return !ProjectLinks::Of(*mComposition, mProject->GetPath()).empty(); }
 
+  // What the fonts of the composition's text layers resolve to, looked up
+  // again if the machine's fonts changed.
+  std::optional<Guid> RuntimeGuid() const override {
+    FontCatalog::Instance().Rescan();
+    return mProject->GetRuntimeFontState(mComposition->id);
+  }
+
  private:
   std::shared_ptr<const Project> mProject;
   const Composition* mComposition;
@@ -101,7 +111,22 @@ class CompositionItem : public SessionItem {
 
 class OpenedProject : public SessionProject {
  public:
-  explicit OpenedProject(std::shared_ptr<const Project> project) : mProject(std::move(project)) {}
+  explicit OpenedProject(std::shared_ptr<const Project> project)
+      : mProject(std::move(project)), mFontState(mProject->GetResolvedFontsState()) {}
+
+  // The machine's fonts may have changed: look again, and move the answer on
+  // when what this project's fonts resolve to did. It starts at 1, the value
+  // a client starts from, so that an unchanged project never looks changed.
+  std::optional<uint32_t> RuntimeFontChange() const override {
+    FontCatalog::Instance().Rescan();
+    const Guid now = mProject->GetResolvedFontsState();
+    std::lock_guard lock(mFontMutex);
+    if (now != mFontState) {
+      mFontState = now;
+      ++mFontChangeValue;
+    }
+    return mFontChangeValue;
+  }
 
   tether::MissingAssets GetMissingAssets() const override { return mProject->GetMissingAssets(); }
 
@@ -184,10 +209,10 @@ class OpenedProject : public SessionProject {
     return std::string();
   }
 
- public:
-
- private:
   std::shared_ptr<const Project> mProject;
+  mutable std::mutex mFontMutex;
+  mutable Guid mFontState;
+  mutable uint32_t mFontChangeValue = 1;
 };
 
 }  // namespace

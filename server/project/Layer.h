@@ -44,6 +44,10 @@ struct Layer {
     // sequence). The reference server draws nothing for it; it counts for the
     // link questions (is a source linked, does an item hold a link).
     kLink,
+    // One line of `text` in the machine's font `fontFamily` (`fontStyle`),
+    // `fontSize` pixels to the em, its baseline starting at `from`, in
+    // `color`. Nothing is drawn while the machine lacks the family.
+    kText,
   };
   enum class Direction { kHorizontal, kVertical };
 
@@ -65,6 +69,11 @@ struct Layer {
   // relative) and the item in it.
   std::string linkProject;
   kilncore::utility::Guid linkItem;
+  // Text (UTF-8).
+  std::string text;
+  std::string fontFamily;
+  std::string fontStyle;
+  double fontSize = 0.0;
 
   friend bool operator==(const Layer&, const Layer&) = default;
 };

@@ -44,6 +44,10 @@ class SequenceItem : public SessionItem {
 
   // Whether one of the sequence's clips links an item of another project.
   bool ContainsLink() const override;
+  // Nil: a sequence's pictures owe nothing to the fonts a project picks (its
+  // slate's font is the server's own choice), so a font change never makes
+  // the host draw it again.
+  std::optional<kilncore::utility::Guid> RuntimeGuid() const override { return kilncore::utility::Guid(); }
 
   const SequenceTimeline& GetTimeline() const { return mTimeline; }
 
