@@ -3,6 +3,7 @@
 #include <host/cli/CommandLine.h>
 #include <host/commands/ClipReport.h>
 #include <host/session/HostSession.h>
+#include <host/session/LinkQuestions.h>
 #include <host/session/LinkedClip.h>
 #include <host/session/ProgressView.h>
 
@@ -18,7 +19,8 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
     const ClipDescription description = clip.Describe();
     const std::vector<tether::MissingFont> fonts = TetherMedia::GetMissingFonts();
     session.Progress().Print(options.json ? DescriptionJson(description, fonts)
-                                          : DescriptionText(description) + MissingFontsText(fonts));
+                                          : DescriptionText(description) + MissingFontsText(fonts) +
+                                                LinkText(ContainsLink(clip.Item())));
     return 0;
   });
 }
