@@ -87,6 +87,10 @@ std::optional<std::string> ReloadingProject::ItemsAsXML(const std::vector<kilnco
   return Current(false)->ItemsAsXML(ids);
 }
 
+std::shared_ptr<const SessionItem> ReloadingProject::CurrentItem(const kilncore::utility::Guid& id) const {
+  return Current(false)->GetItem(id);
+}
+
 bool ReloadingProject::IsSourceLinked(const kilncore::utility::Guid& id) const {
   return Current(true)->IsSourceLinked(id);
 }

@@ -42,6 +42,8 @@ class ReloadingProject : public SessionProject {
   std::shared_ptr<const SessionItem> GetItem(const kilncore::utility::Guid& id) const override;
   std::optional<std::string> ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const override;
   bool IsSourceLinked(const kilncore::utility::Guid& id) const override;
+  uint64_t ContentGeneration() const override { return ReloadCount(); }
+  std::shared_ptr<const SessionItem> CurrentItem(const kilncore::utility::Guid& id) const override;
   std::optional<uint32_t> RuntimeFontChange() const override;
 
   // Why the last read again failed (empty after a good one), for logs and tests.

@@ -90,6 +90,12 @@ class SessionProject {
   // links followed into nested projects. By default: whether it is one of
   // this project's own items.
   virtual bool IsSourceLinked(const kilncore::utility::Guid& id) const { return GetItem(id) != nullptr; }
+  // How many times the project's content was replaced since it was opened
+  // (an edited file read again). Renderers made before a replacement draw
+  // the item's new content from then on (CurrentItem).
+  virtual uint64_t ContentGeneration() const { return 0; }
+  // The item `id` of the current content, without looking at the file.
+  virtual std::shared_ptr<const SessionItem> CurrentItem(const kilncore::utility::Guid& id) const { return GetItem(id); }
   // A value that changes when the fonts this project resolves to changed.
   // Nothing lets the session answer with the server's font generation.
   virtual std::optional<uint32_t> RuntimeFontChange() const { return std::nullopt; }
