@@ -55,6 +55,10 @@ class SequenceItem : public SessionItem {
   // The sequence as a composition without layers: what the frame size, rate,
   // field order, render options and stamp are resolved against.
   static Composition MakeView(const ProjectXML::Item& item);
+  // The offline slate's letters for `clip` at sequence frame `frame`: the
+  // source timecode, the clip's name and its media path, drawn with the
+  // machine's fonts, or the timecode in burn-in digits where that can't be.
+  void AddSlateText(const ProjectXML::Clip& clip, int64_t frame, Composition& canvas) const;
   void DrawFrame(const SequenceTimeline& timeline, int64_t ticks, const RenderSettings& settings,
                  const FrameBuffer& target) const;
   // The clip number of a per-clip render (app-specific options that are a

@@ -207,3 +207,49 @@ TEST(FontsTest, UnreadableFontOrSizeDrawsNothing) {
 }
 
 }  // namespace
+
+#include <server/tolmen/MediaCache.h>
+#include <server/tolmen/SequenceItem.h>
+
+#include <ProjectXML/ProjectXMLReader.h>
+
+#include <kilncore/string/UTFConversion.h>
+
+namespace {
+
+// Frame 0 of a 640x360 sequence whose one clip's media is missing: the
+// offline slate.
+std::vector<uint8_t> SlateFrame() {
+  const auto document = ProjectXML::ProjectXMLReader::Read(
+      R"(<tolmenProject><sequence name="S" id="5E000000-0000-4000-8000-000000000001" node="1" width="640" )"
+      R"(height="360"><videoTrack><clip id="1" name="Lost shot" media="/nowhere/lost.mov" out="10"/>)"
+      R"(</videoTrack></sequence></tolmenProject>)");
+  tetherserver::SequenceItem item(document.items.at(0), tether::File(u"/projects/p.tlmproj", false),
+                                  std::make_shared<tetherserver::MediaCache>());
+  tether::VideoRenderOptions options;
+  options.SetPixelFormats({{kilnmediatypes::kPixelFormat_BGRA_4444_8u.fourcc, 0}});
+  std::vector<uint8_t> bytes(item.FrameBytes(options));
+  EXPECT_EQ(item.RenderFrame(options, tether::RatioTime(0), bytes.data(), bytes.size()), 0);
+  return bytes;
+}
+
+// Bright pixels in rows [top, bottom) of a 640-wide BGRA frame.
+long BrightRows(const std::vector<uint8_t>& bgra, size_t top, size_t bottom) {
+  long count = 0;
+  for (size_t y = top; y < bottom; ++y) {
+    for (size_t x = 0; x < 640; ++x) count += bgra[(y * 640 + x) * 4 + 1] > 128 ? 1 : 0;
+  }
+  return count;
+}
+
+TEST(FontsTest, OfflineSlateWritesTheClipsNameAndPathWithTheMachinesFont) {
+  const auto withFont = SlateFrame();
+  // The name and the path below the middle, in white on the slate's red.
+  EXPECT_GT(BrightRows(withFont, 230, 300), 100);
+  FontFolder empty;  // a font set without DejaVu Sans
+  const auto withoutFont = SlateFrame();
+  EXPECT_EQ(BrightRows(withoutFont, 230, 300), 0);
+  EXPECT_NE(withFont, withoutFont);
+}
+
+}  // namespace
