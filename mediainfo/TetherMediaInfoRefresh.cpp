@@ -34,7 +34,8 @@ int32_t TetherMediaInfo::RefreshFile(const kilncore::WideString& path) {
   }
   if (path != GetFilePath()) return 0;
   if (!IsRemoteAsset()) {
-    project->GetSource(WeakForwarder<tether::Source>(&TetherMediaInfo::OnRefreshFileAsync), mSourceID);
+    // A local item came through the check above only with its project.
+    if (project) project->GetSource(WeakForwarder<tether::Source>(&TetherMediaInfo::OnRefreshFileAsync), mSourceID);
   } else if (mLinkedAssetText) {
     if (const std::shared_ptr<tether::Server> server = GetLinkedServer()) {
       server->OpenFarsideAsset(WeakForwarder<tether::Source>(&TetherMediaInfo::OnRefreshFileAsync),
