@@ -14,6 +14,7 @@
 #include <host/commands/PlayCommand.h>
 #include <host/commands/SegmentsCommand.h>
 #include <host/commands/SettingsCommand.h>
+#include <host/commands/WatchCommand.h>
 #include <host/session/ServerLossWatch.h>
 
 int main(int argc, char** argv) {
@@ -27,6 +28,7 @@ int main(int argc, char** argv) {
   tetherhost::AddSettingsCommand(commandLine);
   tetherhost::AddItemsCommand(commandLine);
   tetherhost::AddSegmentsCommand(commandLine);
+  tetherhost::AddWatchCommand(commandLine);
   commandLine.SetFailureDescription(tetherhost::ServerLossWatch::DescribeFailure);
   return commandLine.Execute(argc, argv);
 }

@@ -233,8 +233,19 @@ class TetherMediaInfo : public BaseMediaInfo,
   void OnProjectStatus(tether::ConnectionStatus status,
                        const std::shared_ptr<tether::Project>& project);
   void OnSourceStatus(tether::ConnectionStatus status, const std::shared_ptr<tether::Source>& source);
+  // Writes the usage event of an opened project when its root container
+  // arrives; the item never waits for it.
   void LogImportOperation(tether::ConnectionStatus status,
                           const std::shared_ptr<tether::Container>& container);
+
+  // --- Refresh. The answer to the new source that RefreshFile asked for:
+  // swaps it into the stream object when its content state differs, and tells
+  // the host by a message.
+  void OnRefreshFileAsync(tether::ConnectionStatus status, const std::shared_ptr<tether::Source>& source);
+  // Posts KL::MediaInfoChangedMessage / KL::MediaInfoDeletedMessage to the
+  // UI thread for the item's station.
+  void PostMediaInfoChanged();
+  void PostMediaInfoDeleted();
 
   // The shared part of the typed handlers that go on to the generic server.
   // Darkslide's connection takes no connection type (`withConnectionType`).

@@ -286,10 +286,4 @@ void TetherMediaInfo::OnSourceStatus(tether::ConnectionStatus status,
   Fulfill(result);
 }
 
-void TetherMediaInfo::LogImportOperation(tether::ConnectionStatus /*status*/,
-                                         const std::shared_ptr<tether::Container>& /*container*/) {
-  // The usage event of an opened project is written with refresh support; the
-  // item never depends on this answer.
-}
-
 }  // namespace TetherMedia

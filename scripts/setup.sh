@@ -23,6 +23,7 @@ PACKAGES=(
   ffmpeg
   libcpp-httplib-dev libssl-dev zlib1g-dev libbrotli-dev
   libexempi-dev libimage-exiftool-perl exiv2
+  libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
 
 as_root() {

@@ -5,10 +5,13 @@
 
 namespace tetherserver {
 
-// The server's view of the machine's fonts, reduced to what clients can see
-// of it: a generation number that changes whenever the font set changes.
-// Projects answer "runtime font change" with it, and an item's runtime
-// identifier mixes it in, so a client notices the change by comparing.
+// A simulated font generation, for content that draws no text of its own and
+// so doesn't answer from the machine's fonts (the synthetic project, and host
+// projects' font value). Project files of the Marl family answer from the
+// real fonts instead (server/render/FontCatalog). Such projects answer
+// "runtime font change" with this number, and their items' runtime
+// identifiers mix it in, so tests of the link can still make a font change
+// happen on demand.
 //
 // Change() is safe in a signal handler (a lock-free atomic), which is how the
 // tether-server process simulates a change: SIGUSR1.

@@ -106,6 +106,10 @@ struct Session::Object {
   uint32_t blockFrames = 0;
   // Servers: whether the client asked for progress reports.
   std::atomic<bool> watchingProgress{false};
+  // Sources and renderers of a project's item: the project, and its content
+  // generation when `item` was taken from it.
+  std::mutex itemMutex;
+  uint64_t generation = 0;
   // Sources: the caption stream the client selected, by index.
   std::mutex captionMutex;
   std::optional<size_t> selectedCaption;
@@ -480,7 +484,8 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     }
   };
   // A new source object for `item`, described in the reply.
-  auto storeSource = [&](std::shared_ptr<const SessionItem> item) {
+  auto storeSource = [&](std::shared_ptr<const SessionItem> item,
+                         std::shared_ptr<const SessionProject> project = nullptr) {
     auto object = std::make_shared<Object>();
     object->kind = Kind::kSource;
     object->item = std::move(item);
@@ -488,6 +493,8 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     object->serverHandle = fromProject ? target->serverHandle : handle;
     object->server = fromProject ? target->server : std::weak_ptr<Object>(target);
     object->info = object->item->Describe();
+    object->project = std::move(project);
+    if (object->project) object->generation = object->project->ContentGeneration();
     reply["handle"] = MakeAny(Store(object));
     reply["info"] = ToTree(object->info);
   };
@@ -548,7 +555,7 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
       FailureReason::Set("the project has no item " + id.AsUTF8String());
       return kStatusNotFound;
     }
-    storeSource(std::move(item));
+    storeSource(std::move(item), target->project);
     return kStatusOK;
   }
   if (op == "project.get-container") {
@@ -577,12 +584,12 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   }
   if (op == "project.is-source-linked") {
     expect(Kind::kProject);
-    reply["value"] = MakeAny(target->project->GetItem(GuidFromTree(Field(args, "id"))) != nullptr);
+    reply["value"] = MakeAny(target->project->IsSourceLinked(GuidFromTree(Field(args, "id"))));
     return kStatusOK;
   }
   if (op == "project.runtime-font-change") {
     expect(Kind::kProject);
-    reply["value"] = MakeAny(mOptions.fonts->Generation());
+    reply["value"] = MakeAny(target->project->RuntimeFontChange().value_or(mOptions.fonts->Generation()));
     return kStatusOK;
   }
   if (op == kRenderOp) {
@@ -635,6 +642,7 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     auto object = std::make_shared<Object>();
     object->kind = Kind::kVideoRenderer;
     object->item = source.item;
+    FollowProject(*object, source);
     object->video = VideoRenderOptionsFromTree(Field(args, "options"));
     if (source.item->HangsRendererCreation(object->video)) {
       return kNoReply;
@@ -653,6 +661,7 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     auto object = std::make_shared<Object>();
     object->kind = Kind::kAudioRenderer;
     object->item = source.item;
+    FollowProject(*object, source);
     object->audio = AudioRenderOptionsFromTree(Field(args, "options"));
     uint32_t rate = source.item->SampleRate(object->audio);
     size_t channels = object->audio.GetAudioChannelLayout().size();
@@ -732,11 +741,12 @@ int32_t Session::HandleSource(const std::string& op, Object& source, const Body&
     return kStatusOK;
   }
   if (op == "source.contains-link") {
-    reply["value"] = MakeAny(false);
+    reply["value"] = MakeAny(source.item->ContainsLink());
     return kStatusOK;
   }
   if (op == "source.get-runtime-guid") {
-    reply["id"] = ToTree(RuntimeGuidOf(source.info.contentState, mOptions.fonts->Generation()));
+    const auto own = source.item->RuntimeGuid();
+    reply["id"] = ToTree(own ? *own : RuntimeGuidOf(source.info.contentState, mOptions.fonts->Generation()));
     return kStatusOK;
   }
   return kStatusNotSupported;
@@ -748,17 +758,18 @@ int32_t Session::RenderVideo(Object& renderer, const Body& args, uint64_t id) {
   if (!IsJobPending(id)) {
     return kNoReply;  // cancelled while it waited for a worker: nothing to draw
   }
-  if (renderer.item->HangsRenders()) {
+  const std::shared_ptr<const SessionItem> item = CurrentItem(renderer);
+  if (item->HangsRenders()) {
     return kNoReply;  // stays in the job table, where only a cancel answers it
   }
-  size_t size = renderer.item->FrameBytes(renderer.video);
+  size_t size = item->FrameBytes(renderer.video);
   if (!FitsClient(size)) {
     return kStatusTooLarge;
   }
   auto lease = mPool.Acquire(size);
   // A cancel takes the job out of the table; a slow item stops drawing then.
-  int32_t status = renderer.item->RenderFrameUnlessStopped(renderer.video, time, lease.buffer->Data(), size,
-                                                           [this, id] { return !IsJobPending(id); });
+  int32_t status = item->RenderFrameUnlessStopped(renderer.video, time, lease.buffer->Data(), size,
+                                                  [this, id] { return !IsJobPending(id); });
   if (status != kStatusOK) {
     mPool.Abandon(lease);
     return status;
@@ -772,14 +783,15 @@ int32_t Session::RenderVideo(Object& renderer, const Body& args, uint64_t id) {
 }
 
 int32_t Session::RenderAudio(Object& renderer, uint64_t id) {
-  if (renderer.item->HangsRenders()) {
+  const std::shared_ptr<const SessionItem> item = CurrentItem(renderer);
+  if (item->HangsRenders()) {
     return kNoReply;
   }
   std::lock_guard lock(renderer.audioMutex);
   size_t channels = renderer.audio.GetAudioChannelLayout().size();
   size_t size = size_t{renderer.blockFrames} * channels * sizeof(float);
   auto lease = mPool.Acquire(size);
-  int32_t status = renderer.item->RenderAudio(renderer.audio, renderer.nextSample, renderer.blockFrames,
+  int32_t status = item->RenderAudio(renderer.audio, renderer.nextSample, renderer.blockFrames,
                                               reinterpret_cast<float*>(lease.buffer->Data()));
   if (status != kStatusOK) {
     mPool.Abandon(lease);
@@ -788,6 +800,23 @@ int32_t Session::RenderAudio(Object& renderer, uint64_t id) {
   renderer.nextSample += renderer.blockFrames;
   SendBlock(id, lease, size);
   return kNoReply;
+}
+
+void Session::FollowProject(Object& renderer, const Object& source) {
+  renderer.project = source.project;
+  renderer.info.sourceID = source.info.sourceID;
+  renderer.generation = source.generation;
+}
+
+std::shared_ptr<const SessionItem> Session::CurrentItem(Object& renderer) {
+  std::lock_guard lock(renderer.itemMutex);
+  // A project read again since the item was taken: draw its new content, as
+  // the owning application's renderer draws the project as it now is.
+  if (renderer.project && renderer.project->ContentGeneration() != renderer.generation) {
+    renderer.generation = renderer.project->ContentGeneration();
+    if (auto fresh = renderer.project->CurrentItem(renderer.info.sourceID)) renderer.item = std::move(fresh);
+  }
+  return renderer.item;
 }
 
 bool Session::FitsClient(size_t bytes) const {

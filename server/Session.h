@@ -98,6 +98,10 @@ class Session {
   int32_t OpenProject(uint64_t serverHandle, Object& server, const Body& args, Body& reply);
   int32_t RenderVideo(Object& renderer, const Body& args, uint64_t id);
   int32_t RenderAudio(Object& renderer, uint64_t id);
+  // A renderer follows the project of the source it was made for.
+  static void FollowProject(Object& renderer, const Object& source);
+  // The item a renderer draws now: that of the project's current content.
+  static std::shared_ptr<const SessionItem> CurrentItem(Object& renderer);
 
   tether::wire::Channel mChannel;
   std::shared_ptr<const SessionContent> mContent;

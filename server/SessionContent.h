@@ -69,6 +69,14 @@ class SessionItem {
   virtual int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
                                 std::string& message) const;
 
+  // Whether the item itself holds a link to an item of another project,
+  // directly or through the projects it links.
+  virtual bool ContainsLink() const { return false; }
+  // The item's runtime identifier: a function of what the machine lends its
+  // pictures (its fonts). Nothing lets the session make one from the content
+  // state and the server's font generation.
+  virtual std::optional<kilncore::utility::Guid> RuntimeGuid() const { return std::nullopt; }
+
   // Test hooks of the synthetic content: requests that are never answered,
   // to test what a client does with requests in flight.
   virtual bool HangsRenders() const { return false; }
@@ -93,6 +101,19 @@ class SessionProject {
   // The items `ids` (compositions or folders) as a project XML text (UTF-8),
   // or nothing if one of them is no item of this project.
   virtual std::optional<std::string> ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const = 0;
+  // Whether the item `id` (of any project) is used from this project, through
+  // links followed into nested projects. By default: whether it is one of
+  // this project's own items.
+  virtual bool IsSourceLinked(const kilncore::utility::Guid& id) const { return GetItem(id) != nullptr; }
+  // How many times the project's content was replaced since it was opened
+  // (an edited file read again). Renderers made before a replacement draw
+  // the item's new content from then on (CurrentItem).
+  virtual uint64_t ContentGeneration() const { return 0; }
+  // The item `id` of the current content, without looking at the file.
+  virtual std::shared_ptr<const SessionItem> CurrentItem(const kilncore::utility::Guid& id) const { return GetItem(id); }
+  // A value that changes when the fonts this project resolves to changed.
+  // Nothing lets the session answer with the server's font generation.
+  virtual std::optional<uint32_t> RuntimeFontChange() const { return std::nullopt; }
 };
 
 // The progress keys of an opening project. The first argument of each is the

@@ -1,5 +1,7 @@
 #include "SessionProjectContent.h"
 
+#include "ReloadingProject.h"
+
 #include <server/darkslide/DarkslideHandler.h>
 #include <server/easel/EaselHandler.h>
 #include <server/marl/MarlHandler.h>
@@ -7,6 +9,11 @@
 #include <server/tolmen/TolmenHandler.h>
 
 #include <tether/wire/Protocol.h>
+
+#include <kilncore/string/UTFConversion.h>
+
+#include <filesystem>
+#include <optional>
 
 #include <utility>
 
@@ -43,7 +50,24 @@ std::shared_ptr<const SessionProject> SessionProjectContent::OpenProject(const s
     status = tether::wire::kStatusNotSupported;
     return nullptr;
   }
-  return handler->OpenProject(file, json, status, progress);
+  return FollowFile(*handler, file, json, status, progress);
+}
+
+std::shared_ptr<const SessionProject> SessionProjectContent::FollowFile(const OwnerHandler& handler,
+                                                                       const tether::File& file,
+                                                                       const std::string& json, int32_t& status,
+                                                                       const ProgressSink& progress) const {
+  // The bytes are taken before the handler reads them: should the file change
+  // in between, the next ask sees a difference and reads it again.
+  const std::filesystem::path path(kilncore::string::UTF16to8(file.FullPath()));
+  const std::optional<uint64_t> fingerprint = ReloadingProject::Fingerprint(path);
+  auto opened = handler.OpenProject(file, json, status, progress);
+  // Projects that aren't files (the synthetic one) have nothing to follow.
+  if (!opened || !fingerprint) return opened;
+  auto opener = [&handler, file, json](int32_t& reloadStatus) {
+    return handler.OpenProject(file, json, reloadStatus, ProgressSink());
+  };
+  return std::make_shared<ReloadingProject>(path, *fingerprint, std::move(opened), std::move(opener));
 }
 
 bool SessionProjectContent::ServesFiles(const std::string& application) const {

@@ -38,6 +38,11 @@ class SessionProjectContent : public SessionContent {
 
  private:
   const OwnerHandler* Find(const std::string& application) const;
+  // Opens the project with `handler` and has it follow its file, so that an
+  // edit on disk is read at a client's next request for one of its items.
+  std::shared_ptr<const SessionProject> FollowFile(const OwnerHandler& handler, const tether::File& file,
+                                                   const std::string& json, int32_t& status,
+                                                   const ProgressSink& progress) const;
 
   std::map<std::string, std::shared_ptr<const OwnerHandler>> mHandlers;
   // Remote assets of a Farside service, fetched and kept in the cache folder.

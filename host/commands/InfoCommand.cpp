@@ -4,6 +4,7 @@
 #include <host/commands/ClipReport.h>
 #include <host/commands/ItemMetadata.h>
 #include <host/session/HostSession.h>
+#include <host/session/LinkQuestions.h>
 #include <host/session/LinkedClip.h>
 #include <host/session/ProgressView.h>
 
@@ -24,7 +25,8 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
     session.Progress().Print(options.json
                                  ? ItemMetadata::WithDescriptionLines(DescriptionJson(description, fonts), lines)
                                  : ItemMetadata::DescriptionLinesText(lines) + DescriptionText(description) +
-                                       MissingFontsText(fonts));
+                                       MissingFontsText(fonts) +
+                                       LinkText(ContainsLink(clip.Item())));
     return 0;
   });
 }

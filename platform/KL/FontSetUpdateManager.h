@@ -1,5 +1,6 @@
 #pragma once
 
+#include <KL/FontFolderWatch.h>
 #include <KL/IFontSetWatcher.h>
 
 #include <kilncore/classref/InterfaceRef.h>
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace KL::Utils {
@@ -61,6 +63,20 @@ class FontSetUpdateManager {
   // The number of watchers that are still alive.
   size_t GetWatcherCount() const;
 
+  // Notices changes of the machine's fonts by itself from now on: watches
+  // `folders` (by default the folders fontconfig reads fonts from) and
+  // announces every burst of changes in them on a thread of its own. A second
+  // call replaces the folders. False if the folders can't be watched.
+  bool WatchMachineFonts(std::vector<std::string> folders = {});
+  // Stops noticing; waits for an announcement under way.
+  void StopWatchingMachineFonts();
+
+  // The folders fontconfig reads fonts from, with the machine's configuration
+  // (or the file FONTCONFIG_FILE names).
+  static std::vector<std::string> MachineFontFolders();
+
+  ~FontSetUpdateManager();
+
  private:
   // Forgets the watchers that have gone. Needs mMutex.
   void PruneExpiredLocked();
@@ -68,6 +84,8 @@ class FontSetUpdateManager {
   mutable std::mutex mMutex;  // guards mWatchers; never held while a watcher runs
   std::vector<std::weak_ptr<IFontSetWatcher>> mWatchers;
   std::recursive_mutex mAnnounceMutex;  // one announcement at a time
+  std::mutex mWatchMutex;  // guards mWatch
+  std::unique_ptr<FontFolderWatch> mWatch;
 };
 
 }  // namespace KL::Utils

@@ -48,6 +48,11 @@ struct Clip {
   bool enabled = true;
   // A still image held for the clip's length.
   bool still = false;
+  // A clip that links an item of another application's project (a Marl
+  // composition): the project file as written (a relative path is relative to
+  // this project's folder) and the item. Empty and nil for a plain clip.
+  std::string linkProject;
+  kilncore::utility::Guid linkItem;
   friend bool operator==(const Clip&, const Clip&) = default;
 };
 

@@ -44,6 +44,8 @@ inline constexpr char kAttributeIn[] = "in";
 inline constexpr char kAttributeOut[] = "out";
 inline constexpr char kAttributeEnabled[] = "enabled";
 inline constexpr char kAttributeStill[] = "still";
+inline constexpr char kAttributeLink[] = "link";
+inline constexpr char kAttributeLinkItem[] = "linkItem";
 inline constexpr char kAttributeFrame[] = "frame";
 
 inline constexpr char kTypeText[] = "text";

@@ -140,6 +140,18 @@ std::vector<Property> ReadProperties(Reading& reading, const pugi::xml_node& own
   return properties;
 }
 
+// A link names both a project and an item of it, or nothing.
+void ReadClipLink(Reading& reading, const pugi::xml_node& node, Clip& clip) {
+  const pugi::xml_attribute project = node.attribute(kAttributeLink);
+  const pugi::xml_attribute item = node.attribute(kAttributeLinkItem);
+  if (!project && !item) return;
+  if (!project || !item) reading.Fail(node, "a linked clip needs both \"link\" and \"linkItem\"");
+  clip.linkProject = project.value();
+  if (clip.linkProject.empty()) reading.Fail(node, "attribute \"link\" is empty");
+  clip.linkItem = kilncore::utility::Guid(std::string(item.value()));
+  if (clip.linkItem.IsNil()) reading.Fail(node, "attribute \"linkItem\" is not an identifier");
+}
+
 Clip ReadClip(Reading& reading, const pugi::xml_node& node, std::set<uint32_t>& clipIDs) {
   reading.CountClip(node);
   constexpr int64_t kMax = ProjectXMLReader::kMaxFrames;
@@ -157,6 +169,7 @@ Clip ReadClip(Reading& reading, const pugi::xml_node& node, std::set<uint32_t>& 
   if (clip.start + (clip.out - clip.in) > kMax) reading.Fail(node, "the clip ends too late");
   clip.enabled = reading.Bool(node, kAttributeEnabled, true);
   clip.still = reading.Bool(node, kAttributeStill, false);
+  ReadClipLink(reading, node, clip);
   return clip;
 }
 

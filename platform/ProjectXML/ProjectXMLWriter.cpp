@@ -48,6 +48,10 @@ void WriteTracks(pugi::xml_node owner, const char* element, const std::vector<Tr
       node.append_attribute(kAttributeOut) = static_cast<long long>(clip.out);
       if (!clip.enabled) node.append_attribute(kAttributeEnabled) = false;
       if (clip.still) node.append_attribute(kAttributeStill) = true;
+      if (!clip.linkProject.empty()) {
+        node.append_attribute(kAttributeLink) = clip.linkProject.c_str();
+        node.append_attribute(kAttributeLinkItem) = clip.linkItem.AsUTF8String().c_str();
+      }
     }
   }
 }

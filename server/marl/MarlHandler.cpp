@@ -2,12 +2,14 @@
 
 #include <server/FailureReason.h>
 #include <metadata/ItemMetadata.h>
+#include <server/ProjectLinks.h>
 
 #include <server/project/ProjectXml.h>
 #include "SessionSyntheticContent.h"
 
 #include <server/project/Project.h>
 #include <server/render/AudioSynthesizer.h>
+#include <server/render/FontCatalog.h>
 #include <server/render/FrameRenderer.h>
 #include <server/render/RenderSettings.h>
 
@@ -15,6 +17,8 @@
 
 #include <kilncore/string/UTFConversion.h>
 
+#include <mutex>
+#include <optional>
 #include <string>
 
 namespace tetherserver {
@@ -97,6 +101,15 @@ class CompositionItem : public SessionItem {
     return ItemMetadata::RenderXMP(mInfo, std::move(markers), start, duration);
   }
 
+  bool ContainsLink() const override { return !ProjectLinks::Of(*mComposition, mProject->GetPath()).empty(); }
+
+  // What the fonts of the composition's text layers resolve to, looked up
+  // again if the machine's fonts changed.
+  std::optional<Guid> RuntimeGuid() const override {
+    FontCatalog::Instance().Rescan();
+    return mProject->GetRuntimeFontState(mComposition->id);
+  }
+
  private:
   std::shared_ptr<const Project> mProject;
   const Composition* mComposition;
@@ -105,7 +118,22 @@ class CompositionItem : public SessionItem {
 
 class OpenedProject : public SessionProject {
  public:
-  explicit OpenedProject(std::shared_ptr<const Project> project) : mProject(std::move(project)) {}
+  explicit OpenedProject(std::shared_ptr<const Project> project)
+      : mProject(std::move(project)), mFontState(mProject->GetResolvedFontsState()) {}
+
+  // The machine's fonts may have changed: look again, and move the answer on
+  // when what this project's fonts resolve to did. It starts at 1, the value
+  // a client starts from, so that an unchanged project never looks changed.
+  std::optional<uint32_t> RuntimeFontChange() const override {
+    FontCatalog::Instance().Rescan();
+    const Guid now = mProject->GetResolvedFontsState();
+    std::lock_guard lock(mFontMutex);
+    if (now != mFontState) {
+      mFontState = now;
+      ++mFontChangeValue;
+    }
+    return mFontChangeValue;
+  }
 
   tether::MissingAssets GetMissingAssets() const override { return mProject->GetMissingAssets(); }
 
@@ -114,6 +142,17 @@ class OpenedProject : public SessionProject {
   }
 
   std::shared_ptr<const SessionItem> GetItem(const Guid& id) const override { return ItemOf(mProject, id); }
+
+  // Through the links of every composition, and on through the projects
+  // they name.
+  bool IsSourceLinked(const Guid& id) const override {
+    std::vector<LinkTarget> starts;
+    for (const tether::ItemInfo& entry : mProject->ListCompositions()) {
+      const auto links = ProjectLinks::Of(*mProject->FindComposition(entry.id), mProject->GetPath());
+      starts.insert(starts.end(), links.begin(), links.end());
+    }
+    return ProjectLinks::Reaches(starts, id);
+  }
 
   std::optional<std::string> ItemsAsXML(const std::vector<Guid>& ids) const override {
     std::vector<ProjectXmlItem> items;
@@ -177,10 +216,10 @@ class OpenedProject : public SessionProject {
     return std::string();
   }
 
- public:
-
- private:
   std::shared_ptr<const Project> mProject;
+  mutable std::mutex mFontMutex;
+  mutable Guid mFontState;
+  mutable uint32_t mFontChangeValue = 1;
 };
 
 }  // namespace

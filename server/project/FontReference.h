@@ -5,8 +5,9 @@
 
 namespace tetherserver {
 
-// A font that a project uses. `available` false means that this machine lacks
-// it: the project reports it as a missing font. All texts are UTF-8.
+// A font that a project declares. Whether the machine has it is fontconfig's
+// answer (FontCatalog); `available` is what older files said, and is ignored.
+// All texts are UTF-8.
 struct FontReference {
   std::string family;
   std::string style;

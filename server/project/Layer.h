@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kilncore/utility/Guid.h>
+
 #include <cstdint>
 #include <string>
 
@@ -38,6 +40,14 @@ struct Layer {
     kFrameNumberBurnIn,
     // The timecode of the frame as HH:MM:SS:FF (';' before FF when drop-frame).
     kTimecodeBurnIn,
+    // A link to an item of another application's project (a host project's
+    // sequence). The reference server draws nothing for it; it counts for the
+    // link questions (is a source linked, does an item hold a link).
+    kLink,
+    // One line of `text` in the machine's font `fontFamily` (`fontStyle`),
+    // `fontSize` pixels to the em, its baseline starting at `from`, in
+    // `color`. Nothing is drawn while the machine lacks the family.
+    kText,
   };
   enum class Direction { kHorizontal, kVertical };
 
@@ -55,6 +65,15 @@ struct Layer {
   uint32_t scale = 8;
   // Burn-in: fills the text's box before the digits are drawn.
   Rgba background{0.0f, 0.0f, 0.0f, 0.0f};
+  // Link: the project file as written (relative to the project's folder when
+  // relative) and the item in it.
+  std::string linkProject;
+  kilncore::utility::Guid linkItem;
+  // Text (UTF-8).
+  std::string text;
+  std::string fontFamily;
+  std::string fontStyle;
+  double fontSize = 0.0;
 
   friend bool operator==(const Layer&, const Layer&) = default;
 };

@@ -1,15 +1,20 @@
 #include <server/project/Project.h>
 
 #include <server/project/ProjectParser.h>
+#include <server/render/FontCatalog.h>
 
 #include <kilncore/string/UTFConversion.h>
+#include <kilncore/utility/HashValueMixerState.h>
 #include <kilnmediatypes/PixelFormat.h>
 
 #include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <iterator>
+#include <optional>
+#include <set>
 #include <system_error>
+#include <utility>
 
 namespace tetherserver {
 namespace {
@@ -118,6 +123,14 @@ std::vector<tether::ItemInfo> Project::ListCompositions() const {
   return items;
 }
 
+std::vector<const Composition*> Project::AllCompositions() const {
+  std::vector<const Composition*> compositions;
+  for (const tether::ItemInfo& item : ListCompositions()) {
+    if (const Composition* comp = FindComposition(item.id)) compositions.push_back(comp);
+  }
+  return compositions;
+}
+
 bool Project::IsContainer(const Guid& id) const {
   const ProjectNode* node = FindNode(id);
   return node && node->type == ProjectNode::Type::kFolder;
@@ -171,14 +184,82 @@ Guid Project::GetContentState(const Guid& id) const {
   return comp ? comp->contentState : Guid();
 }
 
+std::vector<FontReference> Project::UsedFonts() const {
+  std::vector<FontReference> fonts = mContents.fonts;
+  std::set<std::pair<std::string, std::string>> named;
+  for (const FontReference& font : fonts) named.insert({font.family, font.style});
+  for (const Composition* comp : AllCompositions()) {
+    for (const Layer& layer : comp->layers) {
+      if (layer.type != Layer::Type::kText || !named.insert({layer.fontFamily, layer.fontStyle}).second) continue;
+      FontReference font;
+      font.family = layer.fontFamily;
+      font.style = layer.fontStyle;
+      fonts.push_back(std::move(font));
+    }
+  }
+  return fonts;
+}
+
 std::vector<tether::MissingFont> Project::GetMissingFonts() const {
   std::vector<tether::MissingFont> missing;
-  for (const FontReference& font : mContents.fonts) {
-    if (font.available) continue;
+  for (const FontReference& font : UsedFonts()) {
+    if (FontCatalog::Instance().Resolve(font.family, font.style)) continue;
     missing.push_back(
         tether::MissingFont{font.family, font.style, font.fullName, font.file, font.technology});
   }
   return missing;
+}
+
+namespace {
+
+void MixText(kilncore::utility::HashValueMixerState& state, const std::string& text) {
+  const uint64_t size = text.size();
+  kilncore::utility::UpdateHashState(state, &size, sizeof size);
+  kilncore::utility::UpdateHashState(state, text.data(), text.size());
+}
+
+// Mixes what `family` / `style` resolve to now.
+void MixResolvedFont(kilncore::utility::HashValueMixerState& state, const std::string& family,
+                     const std::string& style) {
+  MixText(state, family);
+  MixText(state, style);
+  const std::optional<ResolvedFont> font = FontCatalog::Instance().Resolve(family, style);
+  if (!font) {
+    MixText(state, "missing");
+    return;
+  }
+  MixText(state, font->file);
+  const int64_t facts[3] = {font->index, static_cast<int64_t>(font->fileSize), font->modifiedNanoseconds};
+  kilncore::utility::UpdateHashState(state, facts, sizeof facts);
+}
+
+Guid Finish(kilncore::utility::HashValueMixerState& state) {
+  Guid result;
+  kilncore::utility::GetHashResult(state, result);
+  return result;
+}
+
+}  // namespace
+
+Guid Project::GetResolvedFontsState() const {
+  kilncore::utility::HashValueMixerState state;
+  MixText(state, "TetherServerProjectFonts");
+  for (const FontReference& font : UsedFonts()) MixResolvedFont(state, font.family, font.style);
+  return Finish(state);
+}
+
+Guid Project::GetRuntimeFontState(const Guid& id) const {
+  const Composition* comp = FindComposition(id);
+  if (!comp) return Guid();
+  kilncore::utility::HashValueMixerState state;
+  MixText(state, "TetherServerRuntimeFonts");
+  bool usesFonts = false;
+  for (const Layer& layer : comp->layers) {
+    if (layer.type != Layer::Type::kText) continue;
+    usesFonts = true;
+    MixResolvedFont(state, layer.fontFamily, layer.fontStyle);
+  }
+  return usesFonts ? Finish(state) : Guid();
 }
 
 tether::MissingAssets Project::GetMissingAssets() const {

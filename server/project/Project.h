@@ -108,10 +108,20 @@ class Project {
   // The nil Guid for an unknown ID.
   kilncore::utility::Guid GetContentState(const kilncore::utility::Guid& id) const;
 
-  // Every font of the project, and those the machine lacks (available false),
-  // in the file's order.
+  // Every font the project declares, in the file's order.
   const std::vector<FontReference>& GetFonts() const { return mContents.fonts; }
+  // The fonts that fontconfig can't match (FontCatalog::Resolve finds no font
+  // of the family): the declared ones in the file's order, then those that
+  // text layers name without declaring them. Depends on the machine.
   std::vector<tether::MissingFont> GetMissingFonts() const;
+  // A hash of what every font the project uses (declared or named by a text
+  // layer) resolves to on this machine now: file, face, size and time of the
+  // file, or "missing". Changes exactly when the project's fonts do.
+  kilncore::utility::Guid GetResolvedFontsState() const;
+  // The same for the fonts that composition `id`'s text layers use; the nil
+  // Guid for a composition without text (its pictures owe nothing to fonts)
+  // and for an unknown ID.
+  kilncore::utility::Guid GetRuntimeFontState(const kilncore::utility::Guid& id) const;
   // The missing fonts as the client's record; effects and files stay empty.
   tether::MissingAssets GetMissingAssets() const;
 
@@ -122,6 +132,10 @@ class Project {
   Project(std::filesystem::path path, ProjectFlavour flavour, ProjectContents contents);
 
   const ProjectNode* FindNode(const kilncore::utility::Guid& id) const;
+  // Every composition, in listing order.
+  std::vector<const Composition*> AllCompositions() const;
+  // The declared fonts, then the undeclared ones that text layers name.
+  std::vector<FontReference> UsedFonts() const;
 
   std::filesystem::path mPath;
   ProjectFlavour mFlavour;

@@ -31,6 +31,7 @@ constexpr size_t kMaxJSONDepth = 512;
 constexpr uint32_t kMaxChannels = 64;
 constexpr uint32_t kMaxSampleRate = 768000;
 constexpr uint32_t kMaxBurnInScale = 256;
+constexpr double kMaxTextSize = 2048.0;
 constexpr char kContentStateDomain[] = "TetherServerContentState";
 
 // Carries a kBadField message out of the nested readers; caught in Parse.
@@ -196,9 +197,26 @@ Layer ReadLayer(const Value& value, const std::string& path) {
     if (const Value* background = OptionalMember(value, "background")) {
       layer.background = ReadColor(*background, path + ".background");
     }
+  } else if (type == "text") {
+    layer.type = Layer::Type::kText;
+    layer.text = StringMember(value, "text", path);
+    layer.fontFamily = StringMember(value, "font", path);
+    if (layer.fontFamily.empty()) Fail(path + ".font", "must name a font family");
+    layer.fontStyle = OptionalString(value, "style", path);
+    layer.fontSize = ReadNumber(Member(value, "size", path), path + ".size");
+    if (!(layer.fontSize >= 1.0 && layer.fontSize <= kMaxTextSize)) Fail(path + ".size", "must be between 1 and 2048");
+    layer.from = vec("position");
+    layer.color = color("color");
+  } else if (type == "link") {
+    layer.type = Layer::Type::kLink;
+    layer.linkProject = StringMember(value, "project", path);
+    if (layer.linkProject.empty()) Fail(path + ".project", "must name a project file");
+    const std::string item = StringMember(value, "item", path);
+    layer.linkItem = Guid(std::string_view{item});
+    if (layer.linkItem.IsNil()) Fail(path + ".item", "must be a non-nil identifier (8-4-4-4-12 hexadecimal)");
   } else {
     Fail(path + ".type",
-         "must be \"solid\", \"gradient\", \"movingShape\", \"frameNumber\" or \"timecode\"");
+         "must be \"solid\", \"gradient\", \"movingShape\", \"frameNumber\", \"timecode\", \"text\" or \"link\"");
   }
   return layer;
 }
@@ -405,6 +423,8 @@ FontReference ReadFont(const Value& value, const std::string& path) {
   font.technology = static_cast<int32_t>(OptionalInteger(
       value, "technology", path, 0, std::numeric_limits<int32_t>::min(),
       std::numeric_limits<int32_t>::max()));
+  // Read for files written before the machine's fonts were looked up; it
+  // decides nothing any more.
   font.available = OptionalBool(value, "available", path, true);
   return font;
 }

@@ -2,7 +2,9 @@
 
 #include <server/render/BurnInText.h>
 #include <server/render/FrameStamp.h>
+#include <server/render/FontCatalog.h>
 #include <server/render/GlyphFont.h>
+#include <server/render/TextRasterizer.h>
 
 #include <kilnmediatypes/FrameRate.h>
 #include <kilnmediatypes/PixelFormat.h>
@@ -12,6 +14,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -86,6 +90,7 @@ class LineComposer {
         }
       }
       mColumnColors.push_back(std::move(colors));
+      mTexts.push_back(layer.type == Layer::Type::kText ? DrawnText(layer) : nullptr);
     }
   }
 
@@ -119,12 +124,39 @@ class LineComposer {
         case Layer::Type::kTimecodeBurnIn:
           DrawBurnIn(layer, field.burnInTexts[i], y);
           break;
+        case Layer::Type::kLink:
+          break;
+        case Layer::Type::kText:
+          if (mTexts[i]) DrawText(layer, *mTexts[i], y);
+          break;
       }
     }
     return mLine;
   }
 
  private:
+  // The text layer's line, in the font it resolves to now; null while the
+  // machine lacks the font.
+  static std::shared_ptr<const TextBitmap> DrawnText(const Layer& layer) {
+    const std::optional<ResolvedFont> font = FontCatalog::Instance().Resolve(layer.fontFamily, layer.fontStyle);
+    if (!font) return nullptr;
+    return TextRasterizer::Draw(*font, layer.text, layer.fontSize, static_cast<int32_t>(std::lround(layer.from.x)),
+                                static_cast<int32_t>(std::lround(layer.from.y)));
+  }
+
+  // Each output pixel takes the coverage of the composition pixel it samples.
+  void DrawText(const Layer& layer, const TextBitmap& text, double y) {
+    const auto row = static_cast<int64_t>(std::floor(y));
+    if (row < text.top || row >= text.top + static_cast<int64_t>(text.height)) return;
+    for (size_t c = 0; c < mLine.size(); ++c) {
+      const uint8_t coverage = text.At(static_cast<int64_t>(std::floor(mX[c])), row);
+      if (coverage == 0) continue;
+      Rgba color = layer.color;
+      color.a *= static_cast<float>(coverage) / 255.0f;
+      Over(mLine[c], color);
+    }
+  }
+
   void DrawBurnIn(const Layer& layer, const std::string& text, double y) {
     const double scale = layer.scale;
     const double dotY = (y - layer.from.y) / scale;
@@ -152,6 +184,8 @@ class LineComposer {
   std::vector<Pixel> mLine;
   // Per layer: the colour of each column, for horizontal gradients.
   std::vector<std::vector<Rgba>> mColumnColors;
+  // Per layer: a text layer's drawn line.
+  std::vector<std::shared_ptr<const TextBitmap>> mTexts;
 };
 
 // Rounds half up: the channels are never negative after the clamp.

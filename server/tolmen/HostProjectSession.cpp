@@ -1,6 +1,11 @@
 #include <server/tolmen/HostProjectSession.h>
 
+#include <server/ProjectLinks.h>
 #include <server/tolmen/SequenceItem.h>
+
+#include <kilncore/string/UTFConversion.h>
+
+#include <filesystem>
 
 #include <ProjectXML/ProjectXMLWriter.h>
 
@@ -82,6 +87,17 @@ std::shared_ptr<const SessionItem> HostProjectSession::GetItem(const kilncore::u
   const ProjectXML::Item* item = FindItem(id);
   if (!item || item->kind != ProjectXML::Item::Kind::kSequence || !item->sequence) return nullptr;
   return std::make_shared<SequenceItem>(*item, mFile, mMedia);
+}
+
+bool HostProjectSession::IsSourceLinked(const kilncore::utility::Guid& id) const {
+  const std::filesystem::path path(kilncore::string::UTF16to8(mFile.FullPath()));
+  std::vector<LinkTarget> starts;
+  for (const ProjectXML::Item& sequence : ListSequences()) {
+    if (!sequence.sequence) continue;
+    const auto links = ProjectLinks::Of(*sequence.sequence, path);
+    starts.insert(starts.end(), links.begin(), links.end());
+  }
+  return ProjectLinks::Reaches(starts, id);
 }
 
 std::optional<std::string> HostProjectSession::ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const {

@@ -30,6 +30,9 @@ class HostProjectSession : public SessionProject {
   // the named items for import (their node identifiers). Nothing if an id
   // names no item.
   std::optional<std::string> ItemsAsXML(const std::vector<kilncore::utility::Guid>& ids) const override;
+  // Through the linked clips of every sequence, and on through the projects
+  // they name.
+  bool IsSourceLinked(const kilncore::utility::Guid& id) const override;
 
   // The sequences of the bin tree, depth first.
   std::vector<ProjectXML::Item> ListSequences() const;

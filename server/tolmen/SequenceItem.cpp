@@ -1,5 +1,9 @@
 #include <server/tolmen/SequenceItem.h>
 
+#include <server/ProjectLinks.h>
+
+#include <server/render/BurnInText.h>
+#include <server/render/FontCatalog.h>
 #include <metadata/ItemMetadata.h>
 #include <server/render/FrameRenderer.h>
 #include <server/render/FrameStamp.h>
@@ -29,6 +33,10 @@ constexpr char kProducer[] = "Tolmen host project";
 // The offline slate's colour: editors' "media offline" red, darkened.
 constexpr Rgba kSlateColor{0.45f, 0.05f, 0.05f, 1.0f};
 constexpr Rgba kBlack{0.0f, 0.0f, 0.0f, 1.0f};
+// The slate's letters: the server's own choice of font, and no letters in a
+// frame narrower than this, where they couldn't be read.
+constexpr char kSlateFont[] = "DejaVu Sans";
+constexpr uint32_t kSlateTextMinWidth = 320;
 constexpr double kToneHz = 440.0;
 constexpr float kToneLevel = 0.25f;
 
@@ -102,6 +110,12 @@ Composition SequenceItem::MakeView(const ProjectXML::Item& item) {
   return view;
 }
 
+bool SequenceItem::ContainsLink() const {
+  return !ProjectLinks::Of(mTimeline.GetSequence(),
+                           std::filesystem::path(kilncore::string::UTF16to8(mProjectFile.FullPath())))
+              .empty();
+}
+
 tether::SourceInfo SequenceItem::Describe() const {
   const ProjectXML::Sequence& sequence = mTimeline.GetSequence();
   tether::SourceInfo info;
@@ -169,6 +183,34 @@ std::optional<uint32_t> SequenceItem::ClipNumberOf(const kilncore::WideString& o
   return static_cast<uint32_t>(number);
 }
 
+void SequenceItem::AddSlateText(const ProjectXML::Clip& clip, int64_t frame, Composition& canvas) const {
+  const double left = mView.width / 16.0;
+  const bool legible = mView.width >= kSlateTextMinWidth && FontCatalog::Instance().Resolve(kSlateFont, "");
+  if (!legible) {
+    // Without the font, or in a frame too small for letters: the timecode in
+    // the burn-in digits, which need no font.
+    Layer timecode;
+    timecode.type = Layer::Type::kTimecodeBurnIn;
+    timecode.from = Vec2{left, mView.height / 2.0};
+    timecode.scale = std::max<uint32_t>(2, mView.width / 120);
+    canvas.layers.push_back(timecode);
+    return;
+  }
+  auto line = [&](std::string text, double baseline, double size) {
+    Layer layer;
+    layer.type = Layer::Type::kText;
+    layer.text = std::move(text);
+    layer.fontFamily = kSlateFont;
+    layer.fontSize = size;
+    layer.from = Vec2{left, baseline};
+    layer.color = Rgba{1.0f, 1.0f, 1.0f, 1.0f};
+    canvas.layers.push_back(std::move(layer));
+  };
+  line(BurnInText::Timecode(canvas, frame), mView.height / 2.0, mView.height / 12.0);
+  line(clip.name.empty() ? std::string("Media offline") : clip.name, mView.height * 0.72, mView.height / 20.0);
+  line(clip.media.empty() ? std::string("no media") : clip.media, mView.height * 0.80, mView.height / 32.0);
+}
+
 void SequenceItem::DrawFrame(const SequenceTimeline& timeline, int64_t ticks, const RenderSettings& settings,
                              const FrameBuffer& target) const {
   const int64_t frame = timeline.TicksToFrame(ticks);
@@ -182,13 +224,9 @@ void SequenceItem::DrawFrame(const SequenceTimeline& timeline, int64_t ticks, co
   background.color = clip && !image ? kSlateColor : kBlack;
   canvas.layers.push_back(background);
   if (clip && !image) {
-    Layer timecode;
-    timecode.type = Layer::Type::kTimecodeBurnIn;
-    timecode.from = Vec2{mView.width / 16.0, mView.height / 2.0};
-    timecode.scale = std::max<uint32_t>(2, mView.width / 120);
-    canvas.layers.push_back(timecode);
-    // The burn-in shows the source frame rather than the sequence's.
+    // The slate shows the source frame rather than the sequence's.
     canvas.startFrame = SequenceTimeline::MediaFrameAt(*clip, frame) - frame;
+    AddSlateText(*clip, frame, canvas);
   }
   FrameRenderer::Render(canvas, kilnmediatypes::TickTime(ticks), settings, target);
   if (!image) return;

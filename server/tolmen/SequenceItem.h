@@ -45,12 +45,23 @@ class SequenceItem : public SessionItem {
   int32_t AnswerRequest(const std::string& name, const tether::AnyValue& arguments, tether::AnyValue& reply,
                         std::string& message) const override;
 
+  // Whether one of the sequence's clips links an item of another project.
+  bool ContainsLink() const override;
+  // Nil: a sequence's pictures owe nothing to the fonts a project picks (its
+  // slate's font is the server's own choice), so a font change never makes
+  // the host draw it again.
+  std::optional<kilncore::utility::Guid> RuntimeGuid() const override { return kilncore::utility::Guid(); }
+
   const SequenceTimeline& GetTimeline() const { return mTimeline; }
 
  private:
   // The sequence as a composition without layers: what the frame size, rate,
   // field order, render options and stamp are resolved against.
   static Composition MakeView(const ProjectXML::Item& item);
+  // The offline slate's letters for `clip` at sequence frame `frame`: the
+  // source timecode, the clip's name and its media path, drawn with the
+  // machine's fonts, or the timecode in burn-in digits where that can't be.
+  void AddSlateText(const ProjectXML::Clip& clip, int64_t frame, Composition& canvas) const;
   void DrawFrame(const SequenceTimeline& timeline, int64_t ticks, const RenderSettings& settings,
                  const FrameBuffer& target) const;
   // The clip number of a per-clip render (app-specific options that are a

@@ -488,17 +488,13 @@ TEST_P(IpcServerRoadsTest, ItemWithoutCaptionsGivesAnEmptyRecord) {
 
 // ---- Fonts ----------------------------------------------------------------
 
-TEST_P(IpcServerRoadsTest, FontChangeMovesTheFontValueAndTheRuntimeIdentifier) {
-  auto server = ConnectMarl();
-  ASSERT_TRUE(server);
-  auto project = OpenExample(*server, "title.marlgraphic");
-  ASSERT_TRUE(project);
-  auto [listStatus, container] = Await<Container>([&](auto cb) { project->GetContainer(cb, Guid()); });
-  ASSERT_TRUE(container);
-  ASSERT_FALSE(container->GetContainedItems().empty());
-  auto [sourceStatus, source] =
-      Await<Source>([&](auto cb) { project->GetSource(cb, container->GetContainedItems()[0].id); });
-  ASSERT_TRUE(source);
+TEST_P(IpcServerRoadsTest, SimulatedFontChangeMovesTheSyntheticFontValueAndRuntimeIdentifier) {
+  // Project files answer from the machine's real fonts (IpcRefreshTest); the
+  // synthetic project keeps the simulated font generation that SIGUSR1 moves.
+  Chain chain = OpenItem(*mBackend, SessionSyntheticContent::kItemID);
+  ASSERT_TRUE(chain.source);
+  auto project = chain.project;
+  auto source = chain.source;
 
   auto fontValue = [&] { return AwaitValue<unsigned int>([&](auto cb) { project->RuntimeFontChange(cb); }); };
   auto runtime = [&] { return AwaitValue<Guid>([&](auto cb) { source->GetRuntimeGuid(cb); }); };

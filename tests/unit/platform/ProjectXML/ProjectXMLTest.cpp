@@ -42,9 +42,9 @@ ProjectDocument Sample() {
   timeline.audioRate = 44100;
   timeline.audioChannels = 1;
   timeline.maximumRenderQuality = false;
-  timeline.videoTracks.push_back(Track{{Clip{1, "A", "/media/a.png", 0, 0, 50, true, true},
-                                        Clip{2, "B", "/media/b.mov", 60, 10, 20, false, false}}});
-  timeline.audioTracks.push_back(Track{{Clip{3, "Tone", "/media/t.wav", 0, 0, 100, true, false}}});
+  timeline.videoTracks.push_back(Track{{Clip{1, "A", "/media/a.png", 0, 0, 50, true, true, {}, {}},
+                                        Clip{2, "B", "/media/b.mov", 60, 10, 20, false, false, {}, {}}}});
+  timeline.audioTracks.push_back(Track{{Clip{3, "Tone", "/media/t.wav", 0, 0, 100, true, false, {}, {}}}});
   timeline.captionTracks.push_back(CaptionTrack{"English", {Caption{0, 25, "Hello"}}});
   timeline.markers.push_back(Marker{10, "Cue"});
   sequence.sequence = timeline;
@@ -154,6 +154,34 @@ TEST(ProjectXMLExamplesTest, BothFlavoursOfTheSampleReadAlike) {
   ASSERT_EQ(legacy.items.size(), 3u);
   EXPECT_EQ(legacy.items[1].sequence->videoTracks.size(), 2u);
   EXPECT_EQ(legacy.items[2].sequence->frameRate, (Ratio{30000, 1001}));
+}
+
+}  // namespace
+}  // namespace ProjectXML
+
+namespace ProjectXML {
+namespace {
+
+constexpr char kLinkedSequence[] =
+    "<tolmenProject><sequence name='S' id='5E000000-0000-0000-0000-000000000003' node='2'><videoTrack>"
+    "<clip id='1' out='10' link='../titles.marlp' linkItem='C0000000-0000-4000-8000-000000000001'/>"
+    "</videoTrack></sequence></tolmenProject>";
+
+TEST(ProjectXMLLinkTest, LinkedClipReadsAndWritesBack) {
+  const ProjectDocument document = ProjectXMLReader::Read(kLinkedSequence);
+  const Clip& clip = document.items.at(0).sequence->videoTracks.at(0).clips.at(0);
+  EXPECT_EQ(clip.linkProject, "../titles.marlp");
+  EXPECT_EQ(clip.linkItem, kilncore::utility::Guid("C0000000-0000-4000-8000-000000000001"));
+  EXPECT_EQ(ProjectXMLReader::Read(ProjectXMLWriter::Write(document)), document);
+}
+
+TEST(ProjectXMLLinkTest, HalfALinkIsRefused) {
+  std::string text = kLinkedSequence;
+  const std::string withoutItem = text.substr(0, text.find(" linkItem")) + text.substr(text.find("'/>") + 1);
+  EXPECT_NE(ErrorOf(withoutItem).find("needs both"), std::string::npos) << withoutItem;
+  std::string badItem = text;
+  badItem.replace(badItem.find("C0000000"), 8, "nonsense");
+  EXPECT_NE(ErrorOf(badItem).find("linkItem"), std::string::npos);
 }
 
 }  // namespace
