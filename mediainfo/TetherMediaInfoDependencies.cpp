@@ -9,7 +9,7 @@
 #include <source/TetherSource.h>
 
 #include <Crate/ApplicationType.h>
-#include <FarsideCL/AssetDependency.h>
+#include <FarsideCL/AssetDependencies.h>
 #include <KL/FarsideAvailability.h>
 #include <KL/IClipProjectItem.h>
 #include <KL/IFarsideProjectItem.h>

@@ -32,12 +32,14 @@ AssetKey KeyOf(const ImmutableString& production, const ImmutableString& itemAss
 
 }  // namespace
 
-bool IsAssetDependendedUpon(const kilncore::classref::InterfaceRef<kilncore::classref::Unknown>& /*project*/,
+bool IsAssetDependendedUpon(const kilncore::classref::InterfaceRef<KL::IProject>& /*project*/,
                             const ImmutableString& production, const ImmutableString& /*other*/,
                             const ImmutableString& itemAsset, const std::set<ImmutableString>& assets) {
-  const auto server = IFarsideCDataServer::GetLoggedInServerRef();
-  if (!server || itemAsset.empty()) return false;
+  if (itemAsset.empty()) return false;
   const AssetKey start = KeyOf(production, itemAsset);
+  if (assets.count(itemAsset) != 0 || assets.count(ImmutableString(start.asset)) != 0) return true;
+  const auto server = IFarsideCDataServer::GetLoggedInServerRef();
+  if (!server) return false;
   const FarsideServiceClient client = FarsideServiceClient::For(*server);
   // Breadth first through the "dependsOn" lists of one version; each asset is
   // asked for once, so a circle among the assets ends.

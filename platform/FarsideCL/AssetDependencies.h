@@ -1,7 +1,8 @@
 #pragma once
 
+#include <KL/IProject.h>
+
 #include <kilncore/classref/InterfaceRef.h>
-#include <kilncore/classref/Unknown.h>
 #include <kilncore/utility/ImmutableString.h>
 
 #include <set>
@@ -16,9 +17,10 @@ namespace FarsideCL {
 // `production`. `project` is the host project that holds the item, and
 // `other` a further text; the reference client needs neither.
 //
-// With nobody logged in, or a service that can't answer, the answer is false:
-// a dependency that can't be seen is none, as for the link's own checks.
-bool IsAssetDependendedUpon(const kilncore::classref::InterfaceRef<kilncore::classref::Unknown>& project,
+// An item that is itself one of `assets` is seen without asking anyone. Past
+// that, with nobody logged in or a service that can't answer, the answer is
+// false: a dependency that can't be seen is none, as for the link's own checks.
+bool IsAssetDependendedUpon(const kilncore::classref::InterfaceRef<KL::IProject>& project,
                             const kilncore::utility::ImmutableString& production,
                             const kilncore::utility::ImmutableString& other,
                             const kilncore::utility::ImmutableString& itemAsset,
