@@ -59,9 +59,6 @@ class TetherMediaInfoTestAccess {
     kilncore::threads::ScopedRecursiveLock lock(item.mMutex);
     item.mSource = source;
   }
-  static kilncore::classref::InterfaceRef<TetherSource> LinkedSource(const TetherMediaInfo& item) {
-    return item.LinkedSource();
-  }
   static uint32_t LastFontChangeValue(const TetherMediaInfo& item) { return item.mLastFontChangeValue; }
   static void SetExposeAudioAlways(TetherMediaInfo& item, bool value) { item.SetMediaHint(value); }
   static void SetConnections(TetherMediaInfo& item, std::shared_ptr<tether::GenericServer> typed,
