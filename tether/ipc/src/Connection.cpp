@@ -80,7 +80,7 @@ Connection::~Connection() {
   JoinThreads();
 }
 
-void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Failer fail) {
+void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Failer fail, std::string cancelKey) {
   wire::Message message;
   message.kind = wire::MessageKind::kRequest;
   message.op = op;
@@ -89,11 +89,11 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
     std::lock_guard lock(mMutex);
     if (!mBroken) {
       message.id = mNextId++;
-      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail), op});
+      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail), op, kNotSent, std::move(cancelKey), kNotSent});
     }
   }
   if (message.id == 0) {
-    Fail(Pending{nullptr, std::move(fail), op}, wire::kStatusServerUnavailable);
+    Fail(Pending{nullptr, std::move(fail), op, kNotSent, {}, kNotSent}, wire::kStatusServerUnavailable);
     return;
   }
   try {
@@ -128,11 +128,15 @@ void Connection::MarkSent(uint64_t id) {
 void Connection::FailLostRequests(const AnyValue& pong) {
   const AnyObject& body = wire::AsObject(pong);
   AnyValue ping = wire::OptionalField(body, "ping");
-  AnyValue heldField = wire::OptionalField(body, "held");
-  if (!ping || !heldField) {
-    return;  // a server that doesn't say what it holds, or holds too much to say
+  if (!ping) {
+    return;
   }
   const uint64_t answered = wire::AsUint64(ping);
+  EndUnreachedCancels(answered);
+  AnyValue heldField = wire::OptionalField(body, "held");
+  if (!heldField) {
+    return;  // a server that doesn't say what it holds, or holds too much to say
+  }
   std::set<uint64_t> held;
   for (const auto& id : wire::AsArray(heldField)) {
     held.insert(wire::AsUint64(id));
@@ -158,6 +162,62 @@ void Connection::FailLostRequests(const AnyValue& pong) {
     Fail(std::move(pending), wire::kStatusRequestLost);
     NotifyFailure(std::move(failure));
   }
+}
+
+void Connection::EndUnreachedCancels(uint64_t answered) {
+  std::vector<Pending> unreached;
+  {
+    std::lock_guard lock(mMutex);
+    for (auto it = mPending.begin(); it != mPending.end();) {
+      // The server answers a cancel that finds its request before it reads
+      // the next message, so before it answers that ping: the cancel never
+      // got there, and the canceller must not wait for it.
+      if (it->second.cancelSentAfterPing < answered) {
+        mAbandoned.emplace(it->first, it->second.decode);
+        unreached.push_back(std::move(it->second));
+        it = mPending.erase(it);
+      } else {
+        ++it;
+      }
+    }
+  }
+  for (auto& pending : unreached) {
+    Fail(std::move(pending), wire::kStatusRenderCancelled);
+  }
+}
+
+void Connection::NotifyCancel(const std::string& op, AnyValue body, const std::string& cancelKey) {
+  Notify(op, std::move(body));
+  std::lock_guard lock(mMutex);
+  for (auto& [id, pending] : mPending) {
+    // Only a request already sent can be found by the cancel.
+    if (pending.cancelKey == cancelKey && pending.sentAfterPing != kNotSent) {
+      pending.cancelSentAfterPing = mPingsSent;
+    }
+  }
+}
+
+bool Connection::DropAbandonedReply(wire::Message& message) {
+  Decoder decode;
+  {
+    std::lock_guard lock(mMutex);
+    auto it = mAbandoned.find(message.id);
+    if (it == mAbandoned.end()) {
+      return false;
+    }
+    decode = std::move(it->second);
+    mAbandoned.erase(it);
+  }
+  if (message.status == wire::kStatusOK && decode) {
+    try {
+      // The completion holds the reply's buffer: dropping it unrun releases it.
+      Reply reply{message.status, std::move(message.body), std::move(message.fds)};
+      decode(reply);
+    } catch (...) {
+      kilncore::logging::LogException(std::current_exception(), "tether::ipc malformed reply", message.op);
+    }
+  }
+  return true;
 }
 
 void Connection::Notify(const std::string& op, AnyValue body) {
@@ -221,6 +281,7 @@ void Connection::Break(int32_t status, const std::string& reason) {
       return;
     }
     pending.swap(mPending);
+    mAbandoned.clear();
   }
   mChannel.Shutdown();
   mHeartbeatWake.notify_all();
@@ -307,11 +368,15 @@ void Connection::HandleReply(wire::Message& message) {
   {
     std::lock_guard lock(mMutex);
     auto it = mPending.find(message.id);
-    if (it == mPending.end()) {
-      return;  // a reply to nothing: a confused server, ignored
+    if (it != mPending.end()) {
+      pending = std::move(it->second);
+      mPending.erase(it);
     }
-    pending = std::move(it->second);
-    mPending.erase(it);
+  }
+  if (!pending.fail) {
+    // A reply to nothing is a confused server's, and ignored.
+    DropAbandonedReply(message);
+    return;
   }
   if (message.status != wire::kStatusOK) {
     // Recorded first, so that a callback that asks why finds the reason.
