@@ -136,6 +136,12 @@ int CommandLine::RunCommand(const Command& command, std::FILE* err) const {
       std::fprintf(err, "%s: %s\n", mName.c_str(), e.what());
       return kExitInterrupted;
     } catch (const HostError& e) {
+      // A wait that Ctrl-C cancelled fails like any other: the cause is the
+      // interruption, not the module's code.
+      if (Interruption::Requested()) {
+        std::fprintf(err, "%s: interrupted: %s\n", mName.c_str(), e.Describe().c_str());
+        return kExitInterrupted;
+      }
       const std::string line = mDescribeFailure ? mDescribeFailure(e) : e.Describe();
       std::fprintf(err, "%s: %s\n", mName.c_str(), line.c_str());
       return kExitFailure;
