@@ -29,6 +29,12 @@ std::optional<std::string> gLossLine;
 constexpr std::chrono::milliseconds kCancelRound{50};
 
 constexpr char kVideoRendererOperation[] = "source.get-video-renderer";
+// What the user can do about a lost server: the command's next run connects
+// anew (the backend starts a fresh server), which this host doesn't do by
+// itself (docs/decisions.md, "A lost server ends the command").
+constexpr char kAgain[] = "; run the command again to start a new server";
+// What the link records as the failed operation when its connection breaks.
+constexpr char kConnectionOperation[] = "connection";
 // Reported as a lost request already.
 constexpr int32_t kLostStatus = 8;
 
@@ -57,7 +63,8 @@ ServerLossWatch::ServerLossWatch() {
   }
   if (auto backend = InstalledIpcBackend()) {
     backend->SetServerLossListener([](const tether::ipc::IpcBackend::ServerLoss& loss) {
-      Report((loss.operation.empty() ? "lost the link's server: " : "the link lost a request: ") + loss.reason);
+      Report((loss.operation.empty() ? "lost the link's server: " : "the link lost a request: ") + loss.reason +
+             kAgain);
     });
     // Without a video renderer the module waits for its frames until they
     // are cancelled: a refused renderer ends the command like a lost server.
@@ -207,8 +214,15 @@ void ServerLossWatch::CancelAll() {
 
 std::string ServerLossWatch::DescribeFailure(const HostError& error) {
   if (const auto loss = LossLine()) return *loss;
+  const auto failure = tether::LastServerFailure();
+  // The broken connection is recorded before its requests fail, and its
+  // loss report follows them: a command that failed on the first of them can
+  // end (and its session with the listener) before the report comes.
+  if (failure && failure->operation == kConnectionOperation) {
+    return "lost the link's server: " + failure->message + kAgain;
+  }
   std::string line = error.Describe();
-  if (const auto failure = tether::LastServerFailure()) line += ": " + failure->message;
+  if (failure) line += ": " + failure->message;
   return line;
 }
 

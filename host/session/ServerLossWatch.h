@@ -60,7 +60,9 @@ class ServerLossWatch {
   static void WatchListing(bool listing);
 
   // The line for the user if a server or a request was lost in this process:
-  // "lost the link's server: <reason>" or "the link lost a request: <reason>".
+  // "lost the link's server: <reason>" or "the link lost a request: <reason>",
+  // followed by what the user can do ("; run the command again to start a
+  // new server").
   static std::optional<std::string> LossLine();
 
   // The one line for a command that failed with `error`: a lost server is the

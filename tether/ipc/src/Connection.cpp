@@ -13,11 +13,26 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <cerrno>
 #include <future>
 #include <set>
+#include <system_error>
 
 namespace tether::ipc {
 namespace {
+
+// Why a send failed, in the same words whichever thread of the client
+// notices first that the server has gone: a peer that closed its end makes a
+// send fail (EPIPE, ECONNRESET) just as it ends the reader's stream.
+std::string SendFailureReason(const std::exception& error) {
+  if (const auto* system = dynamic_cast<const std::system_error*>(&error)) {
+    const int code = system->code().value();
+    if (system->code().category() == std::generic_category() && (code == EPIPE || code == ECONNRESET)) {
+      return kClosedByServer;
+    }
+  }
+  return std::string("a send to the server failed: ") + error.what();
+}
 
 int64_t NowNanos() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
@@ -113,7 +128,7 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
     }
     Fail(std::move(pending), wire::kStatusBadMessage);
   } catch (const std::exception& error) {
-    BreakForFault(std::string("a send to the server failed: ") + error.what());
+    BreakForFault(SendFailureReason(error));
   }
 }
 
@@ -231,7 +246,7 @@ void Connection::Notify(const std::string& op, AnyValue body) {
   try {
     mChannel.Send(message);
   } catch (const std::exception& error) {
-    BreakForFault(std::string("a send to the server failed: ") + error.what());
+    BreakForFault(SendFailureReason(error));
   }
 }
 
