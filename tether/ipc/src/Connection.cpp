@@ -21,17 +21,21 @@
 namespace tether::ipc {
 namespace {
 
-// Why a send failed, in the same words whichever thread of the client
-// notices first that the server has gone: a peer that closed its end makes a
-// send fail (EPIPE, ECONNRESET) just as it ends the reader's stream.
-std::string SendFailureReason(const std::exception& error) {
-  if (const auto* system = dynamic_cast<const std::system_error*>(&error)) {
-    const int code = system->code().value();
-    if (system->code().category() == std::generic_category() && (code == EPIPE || code == ECONNRESET)) {
-      return kClosedByServer;
-    }
+// Whether `error` says that the server closed its end: a send fails with
+// EPIPE or ECONNRESET, a read with ECONNRESET when the server went with data
+// of ours unread. Said as the end of stream is, whichever thread of the
+// client notices first.
+bool ClosedByServer(const std::exception& error) {
+  const auto* system = dynamic_cast<const std::system_error*>(&error);
+  if (!system || system->code().category() != std::generic_category()) {
+    return false;
   }
-  return std::string("a send to the server failed: ") + error.what();
+  const int code = system->code().value();
+  return code == EPIPE || code == ECONNRESET;
+}
+
+std::string SendFailureReason(const std::exception& error) {
+  return ClosedByServer(error) ? kClosedByServer : std::string("a send to the server failed: ") + error.what();
 }
 
 int64_t NowNanos() {
@@ -370,10 +374,11 @@ void Connection::ReadLoop() {
     }
   } catch (const std::exception& error) {
     // A stream out of step can't be trusted for any later message.
-    if (!mBroken) {
+    if (!mBroken && !ClosedByServer(error)) {
       kilncore::logging::LogException(std::current_exception(), "tether::ipc::Connection::ReadLoop");
     }
-    reason = std::string("the connection to the server failed: ") + error.what();
+    reason = ClosedByServer(error) ? kClosedByServer
+                                   : std::string("the connection to the server failed: ") + error.what();
   }
   BreakForFault(reason);
 }
