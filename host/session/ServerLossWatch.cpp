@@ -31,7 +31,7 @@ constexpr std::chrono::milliseconds kCancelRound{50};
 constexpr char kVideoRendererOperation[] = "source.get-video-renderer";
 // What the user can do about a lost server: the command's next run connects
 // anew (the backend starts a fresh server), which this host doesn't do by
-// itself (docs/decisions.md, "A lost server ends the command").
+// itself (docs/decisions.md, "Reference host").
 constexpr char kAgain[] = "; run the command again to start a new server";
 // What the link records as the failed operation when its connection breaks.
 constexpr char kConnectionOperation[] = "connection";
