@@ -21,8 +21,9 @@ const char* const kOptionsWithValue[] = {"--log-level", "--log-file"};
 constexpr int64_t kHighestTraceLevel = 10;
 
 std::string Footer(const std::string& name) {
-  return "Exit status: 0 when the command did what was asked; 1 when it failed, with the reason on one line;\n"
-         "2 for a usage error (unknown command or option, bad or missing value); 130 when stopped by Ctrl-C.\n"
+  return "Exit status: 0 when the command did what was asked; 1 when it failed, with the reason on one line\n"
+         "(a lost link server included: the next run starts a new one); 2 for a usage error (unknown command\n"
+         "or option, bad or missing value); 130 when stopped by Ctrl-C, after cancelling what it waited for.\n"
          "The module's internal log and trace are shown only when asked: -v (imports) or -vv (every frame)\n"
          "on standard error, --log-level N for trace level N (0-10), and --log-file PATH or\n"
          "TETHERHOST_LOG=PATH to write them to a file instead. See '" +
@@ -136,6 +137,12 @@ int CommandLine::RunCommand(const Command& command, std::FILE* err) const {
       std::fprintf(err, "%s: %s\n", mName.c_str(), e.what());
       return kExitInterrupted;
     } catch (const HostError& e) {
+      // A wait that Ctrl-C cancelled fails like any other: the cause is the
+      // interruption, not the module's code.
+      if (Interruption::Requested()) {
+        std::fprintf(err, "%s: interrupted: %s\n", mName.c_str(), e.Describe().c_str());
+        return kExitInterrupted;
+      }
       const std::string line = mDescribeFailure ? mDescribeFailure(e) : e.Describe();
       std::fprintf(err, "%s: %s\n", mName.c_str(), line.c_str());
       return kExitFailure;

@@ -197,7 +197,13 @@ void WriteFrames(const LinkedClip& clip, const ClipDescription& description, con
   for (const int64_t frame : frames.frames()) {
     if (Interruption::Requested()) break;
     progress.Report(static_cast<double>(done) / frames.frames().size(), "Rendering frame " + std::to_string(frame));
-    outputs.Write(puller, frame);
+    try {
+      outputs.Write(puller, frame);
+    } catch (const HostError&) {
+      // The frame's wait was cancelled by Ctrl-C: the frames before it stand.
+      if (!Interruption::Requested()) throw;
+      break;
+    }
     ++done;
   }
   progress.Print(outputs.Finish(frames, done));
@@ -244,10 +250,18 @@ void WriteAudio(const LinkedClip& clip, const ImportOptions& options, const Audi
     if (options.audio.has_parent_path()) std::filesystem::create_directories(options.audio.parent_path());
     file.emplace(options.audio, puller.sampleRate(), channels, puller.Labels());
   }
+  const char* const interrupted = "interrupted while writing the audio; no file was left";
   for (int64_t frame = 0; frame < plan.frames; frame += kAudioBlockFrames) {
-    if (Interruption::Requested()) throw Interrupted("interrupted while writing the audio; no file was left");
+    if (Interruption::Requested()) throw Interrupted(interrupted);
     progress.Report(static_cast<double>(frame) / plan.frames, "Reading audio");
-    const kilnaudiotoolkit::AudioBuffer& block = puller.Read(frame);
+    const kilnaudiotoolkit::AudioBuffer* read = nullptr;
+    try {
+      read = &puller.Read(frame);
+    } catch (const HostError&) {
+      if (Interruption::Requested()) throw Interrupted(interrupted);
+      throw;
+    }
+    const kilnaudiotoolkit::AudioBuffer& block = *read;
     const std::vector<const float*> samples(block.GetChannels(), block.GetChannels() + block.GetChannelCount());
     const int64_t count = std::min<int64_t>(kAudioBlockFrames, plan.frames - frame);
     if (file) file->Append(samples, count);

@@ -82,9 +82,8 @@ class Player {
       if (frame + mOptions.prefetch < frameCount) Prefetch(frame + mOptions.prefetch);
       const Clock::time_point due = mStart + frame * mFrameLength;
       if (mOptions.paced) std::this_thread::sleep_until(due);
-      Show(frame, stats);
+      if (!ShowAndHear(frame, stats, feeder.has_value())) break;
       if (mOptions.paced && Clock::now() > due + mFrameLength) ++stats.lateFrames;
-      if (mAudio && !feeder) Hear(frame + 1, stats);
       ++stats.frames;
       mProgress.Report(static_cast<double>(stats.frames) / frameCount,
                        Formatted("frame %lld of %lld, %lld late, %lld underruns", static_cast<long long>(stats.frames),
@@ -113,6 +112,20 @@ class Player {
 
   void Prefetch(int64_t frame) { mAsync->RenderFrameAsync(TimeOf(frame), mFormat, mPrefs); }
 
+  // Shows `frame` and, unless a feeder plays the sound, reads its audio.
+  // False when Ctrl-C cancelled what the frame waited for: the pass ends
+  // there with the frames shown so far, which are what the user gets told.
+  bool ShowAndHear(int64_t frame, PlayStatistics& stats, bool fed) {
+    try {
+      Show(frame, stats);
+      if (mAudio && !fed) Hear(frame + 1, stats);
+      return true;
+    } catch (const HostError&) {
+      if (!Interruption::Requested()) throw;
+      return false;
+    }
+  }
+
   void Show(int64_t frame, PlayStatistics& stats) {
     KL::IVideoSource::Frame pane;
     if (mVideo->GetFrame(TimeOf(frame), mFormat, mPrefs, true, pane) >= 0 && pane) {
@@ -128,9 +141,10 @@ class Player {
 
   // A blocking request that meets the frame's background render is turned
   // away at once, so a player waits for that render to land in the cache,
-  // as it waits for its next display tick.
+  // as it waits for its next display tick. Ctrl-C ends the wait: the render
+  // may be one the server holds for hours.
   void WhilePending(int64_t frame) {
-    while (mAsync->IsFramePending(TimeOf(frame), mFormat, 0, mPrefs)) {
+    while (!Interruption::Requested() && mAsync->IsFramePending(TimeOf(frame), mFormat, 0, mPrefs)) {
       std::this_thread::sleep_for(std::chrono::microseconds(500));
     }
   }

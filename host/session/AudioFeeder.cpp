@@ -1,5 +1,7 @@
 #include <host/session/AudioFeeder.h>
 
+#include <host/cli/Interruption.h>
+
 namespace tetherhost {
 
 AudioFeeder::AudioFeeder(DR::IAudioSource& audio, uint32_t blockFrames, int64_t totalFrames, Clock::duration lead)
@@ -80,7 +82,9 @@ AudioFeeder::Counts AudioFeeder::Finish(Clock::time_point end) {
   }
   mChanged.notify_all();
   if (mThread.joinable()) mThread.join();
-  if (mFailure) std::rethrow_exception(mFailure);
+  // A read that Ctrl-C cancelled only ends the feed early: the blocks read
+  // before it count, as the frames shown before it do.
+  if (mFailure && !Interruption::Requested()) std::rethrow_exception(mFailure);
   Counts counts;
   for (size_t block = 0; block < mBlocks && DueLocked(block) < end; ++block) {
     ++counts.blocks;

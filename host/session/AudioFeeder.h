@@ -43,7 +43,7 @@ class AudioFeeder {
     int64_t underruns = 0;  // of those, blocks read after they were due (or never)
   };
   // Stops reading and counts the blocks due before `end`. Rethrows a failure
-  // of the reads (HostError with the module's code).
+  // of the reads (HostError with the module's code), unless Ctrl-C caused it.
   Counts Finish(Clock::time_point end);
 
  private:

@@ -1,6 +1,7 @@
 #include <host/session/LinkedClip.h>
 
 #include <host/cli/HostError.h>
+#include <host/cli/Interruption.h>
 #include <host/session/HostProjectListing.h>
 #include <host/session/ServerLossWatch.h>
 
@@ -25,6 +26,7 @@ using kilncore::string::UTF8to16;
 
 constexpr int32_t kFileMissing = static_cast<int32_t>(0xA00F0003u);
 constexpr int32_t kNothingToImport = static_cast<int32_t>(0xA00F000Eu);
+constexpr int32_t kUserCancelled = static_cast<int32_t>(0xA00F0007u);
 
 // The host's select-source dialog, without a dialog: the composition named by
 // `wanted` (its name or identifier), or the first one. Keeps why it found
@@ -42,7 +44,14 @@ class ItemPicker {
                                           (wantedID.IsNil() && HostProjectListing::IsHostProject(file)))) {
       return SelectSequence(path, sourceID);
     }
+    ServerLossWatch::WatchListing(true);
     const std::vector<tether::ItemInfo> items = TetherMedia::GetCompsInfoForMarlp(path);
+    ServerLossWatch::WatchListing(false);
+    if (Interruption::Requested()) {
+      mInterruption = "interrupted while the server listed the compositions of " + UTF16to8(path) +
+                      "; nothing was imported";
+      return kUserCancelled;
+    }
     if (items.empty() && !wantedID.IsNil() && std::filesystem::exists(std::filesystem::path(UTF16to8(path)))) {
       // Only Marl projects list their items here; an item of another owner (a
       // host project's sequence) is linked by its identifier, as a host does
@@ -67,6 +76,8 @@ class ItemPicker {
   }
 
   const std::string& reason() const { return mReason; }
+  // What the user's Ctrl-C stopped, if it stopped the listing.
+  const std::string& interruption() const { return mInterruption; }
 
  private:
   // A host project or Final Cut Pro XML file: the host reads its sequences
@@ -98,6 +109,7 @@ class ItemPicker {
 
   std::string mWanted;
   std::string mReason;
+  std::string mInterruption;
 };
 
 }  // namespace
@@ -109,8 +121,11 @@ LinkedClip LinkedClip::Import(WF::IMediaModule& module, const std::filesystem::p
                               const std::string& item) {
   auto picker = std::make_shared<ItemPicker>(item);
   TetherMedia::SetSelectSource(
-      [picker](kilncore::WideString& selectedPath, kilncore::utility::Guid& sourceID) {
-        return picker->Select(selectedPath, sourceID);
+      [picker, &module](kilncore::WideString& selectedPath, kilncore::utility::Guid& sourceID) {
+        const int picked = picker->Select(selectedPath, sourceID);
+        // From here the module waits for this item: Ctrl-C cancels that wait.
+        if (picked == 0) ServerLossWatch::WatchImport(module, selectedPath, sourceID);
+        return picked;
       });
   InterfaceRef<KL::IMediaInfo> result;
   RL::BinaryData prefs;
@@ -118,8 +133,13 @@ LinkedClip LinkedClip::Import(WF::IMediaModule& module, const std::filesystem::p
   const int code = module.ImportFile(result, UTF8to16(path.string()), 0, 0, prefs, prefsChanged,
                                      /*hasPrefs=*/false, /*allowUserInterface=*/true, u"", 0, nullptr, 0,
                                      nullptr);
+  ServerLossWatch::UnwatchImport();
   TetherMedia::SetSelectSource({});
   if (code < 0) {
+    if (!picker->interruption().empty()) throw Interrupted(picker->interruption());
+    if (Interruption::Requested()) {
+      throw Interrupted("interrupted while the server opened " + path.string() + "; the import was cancelled");
+    }
     if (!picker->reason().empty()) throw HostError(picker->reason(), code);
     throw HostError("import of " + path.string() + " failed", code);
   }

@@ -24,14 +24,17 @@ struct HostRun {
   std::vector<std::string> hostLines;  // stderr lines of tetherhost itself
 };
 
-HostRun RunHostWithFault(const std::string& fault, const std::string& command) {
+// Runs `tetherhost <command>`, adding where an import writes when `outputs`.
+HostRun RunHostWithFault(const std::string& fault, const std::string& command, bool outputs = true) {
   char pattern[] = "/tmp/tether-host-fault-XXXXXX";
   const fs::path folder = ::mkdtemp(pattern);
   const fs::path errors = folder / "stderr";
   const std::string line = "TETHER_SERVER_EXECUTABLE=" TETHER_TEST_PROXY_EXECUTABLE
                            " TETHER_PROXY_SERVER=" TETHER_TEST_SERVER_EXECUTABLE " TETHER_PROXY_FAULT=" +
-                           fault + " " TETHER_TEST_HOST_EXECUTABLE " " + command + " --out " +
-                           (folder / "out").string() + " --audio " + (folder / "out.wav").string() +
+                           fault + " " TETHER_TEST_HOST_EXECUTABLE " " + command +
+                           (outputs ? " --out " + (folder / "out").string() + " --audio " +
+                                          (folder / "out.wav").string()
+                                    : std::string()) +
                            " >/dev/null 2>" + errors.string();
   HostRun run;
   const int status = std::system(line.c_str());
@@ -86,6 +89,17 @@ TEST(IpcHostFaultTest, FrameLargerThanTheClientMapsEndsTheImportWithTheServersRe
   EXPECT_NE(run.hostLines[0].find("a frame of 4096 MiB is larger than the 2048 MiB the client maps"),
             std::string::npos)
       << run.hostLines[0];
+}
+
+TEST(IpcHostFaultTest, PlayThatLosesItsServerEndsWithOneLineSayingHowToGoOn) {
+  HostRun run = RunHostWithFault("kill:video-renderer.render:3",
+                                 "play " TETHER_TEST_EXAMPLES_FOLDER "/simple.marlp --unpaced --seconds 1", false);
+  EXPECT_EQ(run.status, 1);
+  ASSERT_EQ(run.hostLines.size(), 1u);
+  EXPECT_EQ(run.hostLines[0].rfind("tetherhost: lost the link's server: ", 0), 0u) << run.hostLines[0];
+  const std::string hint = "; run the command again to start a new server";
+  ASSERT_GE(run.hostLines[0].size(), hint.size());
+  EXPECT_EQ(run.hostLines[0].substr(run.hostLines[0].size() - hint.size()), hint) << run.hostLines[0];
 }
 
 void PrintTo(const HostFault& fault, std::ostream* out) { *out << fault.fault; }

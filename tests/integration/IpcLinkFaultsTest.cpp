@@ -259,6 +259,66 @@ TEST(IpcLostRequestTest, RequestTheServerHoldsWaitsForItsAnswer) {
             kStatusFailed);
 }
 
+TEST(IpcLostRequestTest, RenderWhoseCancelNeverReachedTheServerEndsCancelledAndItsLateFrameGoesBack) {
+  // The peer keeps the render held through every pong and never reads the
+  // cancel, as a server does when the cancel is lost on the way. Once the
+  // client has given the render up, the peer answers it with a frame after
+  // all, which nobody wants any more.
+  Channel* channel = nullptr;  // the peer thread's own, as are the two below
+  Message render;
+  bool answered = false;
+  std::atomic<bool> givenUp{false};
+  ScriptedPeer peer(
+      [&](Channel& c, const Message& request) {
+        channel = &c;
+        render.id = request.id;
+      },
+      [&](uint64_t, uint64_t pending) -> std::optional<std::vector<uint64_t>> {
+        if (pending == 0 || answered) {
+          return std::vector<uint64_t>{};
+        }
+        if (!givenUp) {
+          return std::vector<uint64_t>{pending};
+        }
+        answered = true;
+        UniqueFd memory(::memfd_create("late-frame", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        EXPECT_EQ(::ftruncate(memory.Get(), 4096), 0);
+        EXPECT_EQ(::fcntl(memory.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL), 0);
+        std::vector<UniqueFd> sent;
+        sent.push_back(std::move(memory));
+        AnswerRequest(*channel, render,
+                      {{"buffer", MakeAny(7u)},
+                       {"capacity", MakeAny(uint64_t{4096})},
+                       {"size", MakeAny(uint64_t{4096})},
+                       {"keep", MakeAny(true)}},
+                      std::move(sent));
+        return std::vector<uint64_t>{};
+      });
+  auto backend = ipc::IpcBackend::CreateWithConnector([&] { return peer.Connect(); }, FastHeartbeat());
+  Chain chain = OpenItem(*backend, Guid::CreateUnique());
+  ASSERT_TRUE(chain.source);
+  auto [status, renderer] = Await<VideoRenderer>([&](auto cb) { chain.source->GetVideoRenderer(cb, {}); });
+  ASSERT_TRUE(renderer);
+
+  auto ended = std::make_shared<std::promise<Block>>();
+  auto future = ended->get_future();
+  const Guid job = Guid::CreateUnique();
+  renderer->RenderVideo([ended](const Guid&, const BlockData& data, int s) { ended->set_value(Block{s, data}); }, job,
+                        RatioTime(0));
+  renderer->CancelVideoRender(job);
+  ASSERT_EQ(future.wait_for(kWait), std::future_status::ready) << "the cancelled render never ended";
+  const Block block = future.get();
+  EXPECT_EQ(block.status, kStatusRenderCancelled);
+  EXPECT_FALSE(block.data);
+
+  givenUp = true;
+  const auto deadline = std::chrono::steady_clock::now() + kWait;
+  while (peer.ReleasedBuffers().empty() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_EQ(peer.ReleasedBuffers(), std::vector<uint32_t>{7u});
+}
+
 TEST(IpcLostRequestTest, PongWithoutAListJudgesNothing) {
   EXPECT_EQ(RenderAnsweredAfterFourPongs([](uint64_t) { return std::nullopt; }, kStatusNotFound), kStatusNotFound);
 }

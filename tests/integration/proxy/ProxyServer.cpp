@@ -12,6 +12,11 @@
 //                                      is not passed on)
 //                         "drop:OP:N"  drop the Nth message "OP" from the
 //                                      client and go on relaying
+//                         "hold:OP:N"  keep the Nth request "OP" from the
+//                                      client and never answer it, listing
+//                                      it as held in every pong: a server
+//                                      that is slow at that request, as long
+//                                      as the test likes
 //   TETHER_PROXY_REPORT   a file that gets one line "fired" when the fault did
 //
 // Messages other than "hello" are counted once the server has answered the
@@ -19,6 +24,7 @@
 //
 // A killed server ends the proxy too, by the same signal, so that the client
 // sees its server's end exactly as if no proxy were there.
+#include <tether/AnyTree.h>
 #include <tether/wire/Channel.h>
 #include <tether/wire/UniqueFd.h>
 
@@ -34,6 +40,8 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -45,7 +53,7 @@ using tether::wire::Channel;
 using tether::wire::UniqueFd;
 
 struct Fault {
-  enum class Action { kNone, kKill, kDrop } action = Action::kNone;
+  enum class Action { kNone, kKill, kDrop, kHold } action = Action::kNone;
   std::string op;
   int nth = 1;
 };
@@ -63,7 +71,10 @@ Fault ReadFault() {
     return fault;
   }
   const std::string action = faultText.substr(0, first);
-  fault.action = action == "kill" ? Fault::Action::kKill : action == "drop" ? Fault::Action::kDrop : Fault::Action::kNone;
+  fault.action = action == "kill"   ? Fault::Action::kKill
+                 : action == "drop" ? Fault::Action::kDrop
+                 : action == "hold" ? Fault::Action::kHold
+                                    : Fault::Action::kNone;
   fault.op = faultText.substr(first + 1, last - first - 1);
   fault.nth = std::atoi(faultText.c_str() + last + 1);
   return fault;
@@ -103,6 +114,26 @@ pid_t StartRealServer(UniqueFd socket) {
 // Set when the server's answer to the hello has gone to the client.
 std::atomic<bool> gGreeted{false};
 
+// The requests kept back by "hold", which every pong to the client lists as
+// held, as a server lists what it is still working on.
+std::mutex gHeldMutex;
+std::set<uint64_t> gHeld;
+
+void Hold(uint64_t id) {
+  std::lock_guard lock(gHeldMutex);
+  gHeld.insert(id);
+}
+
+// Adds the held requests to a pong that lists the server's own.
+void AddHeld(tether::wire::Message& pong) {
+  auto* body = pong.body ? std::any_cast<tether::AnyObject>(pong.body.get()) : nullptr;
+  if (!body || !body->count("held") || !body->at("held")) return;
+  auto* held = std::any_cast<tether::AnyArray>(body->at("held").get());
+  if (!held) return;
+  std::lock_guard lock(gHeldMutex);
+  for (uint64_t id : gHeld) held->push_back(tether::MakeAny(id));
+}
+
 // Client to server, where the fault is: counts each operation's messages.
 void RelayFromClient(Channel& client, Channel& server, const Fault& fault, pid_t real) {
   std::map<std::string, int> seen;
@@ -116,7 +147,8 @@ void RelayFromClient(Channel& client, Channel& server, const Fault& fault, pid_t
           ::kill(real, SIGKILL);
           return;
         }
-        continue;  // dropped
+        if (fault.action == Fault::Action::kHold) Hold(message->id);
+        continue;  // dropped or held
       }
       server.Send(*message);
     }
@@ -128,6 +160,7 @@ void RelayFromClient(Channel& client, Channel& server, const Fault& fault, pid_t
 void RelayFromServer(Channel& server, Channel& client) {
   try {
     while (auto message = server.Receive()) {
+      if (message->kind == tether::wire::MessageKind::kNotice && message->op == "pong") AddHeld(*message);
       client.Send(*message);
       if (message->kind == tether::wire::MessageKind::kReply) {
         gGreeted = true;  // the first reply answers the hello

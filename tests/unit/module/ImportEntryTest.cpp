@@ -292,7 +292,10 @@ TEST_F(ServerImportTest, CancelImportFromAnotherThreadEndsTheImportPromptlyWitho
   EXPECT_EQ(importing.get(), kNoLinkedSource);
   EXPECT_FALSE(result);
   EXPECT_EQ(GetPendingRequestCountForTesting(), 0u);
-  // The project that the server opens after all finds nobody to tell.
+  // The project that the server opens after all finds nobody to tell. The
+  // first callback of the chain holds the item until the library's thread
+  // has let go of it, which may come after the import returned: waited for.
+  ASSERT_TRUE(mBackend->WaitForIdle());
   mBackend->ReleaseAllHeld();
   ASSERT_TRUE(mBackend->WaitForIdle());
   EXPECT_EQ(mBackend->CallCount(tether::testing::Operation::kGetSource), 0u);

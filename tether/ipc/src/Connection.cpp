@@ -13,11 +13,30 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <cerrno>
 #include <future>
 #include <set>
+#include <system_error>
 
 namespace tether::ipc {
 namespace {
+
+// Whether `error` says that the server closed its end: a send fails with
+// EPIPE or ECONNRESET, a read with ECONNRESET when the server went with data
+// of ours unread. Said as the end of stream is, whichever thread of the
+// client notices first.
+bool ClosedByServer(const std::exception& error) {
+  const auto* system = dynamic_cast<const std::system_error*>(&error);
+  if (!system || system->code().category() != std::generic_category()) {
+    return false;
+  }
+  const int code = system->code().value();
+  return code == EPIPE || code == ECONNRESET;
+}
+
+std::string SendFailureReason(const std::exception& error) {
+  return ClosedByServer(error) ? kClosedByServer : std::string("a send to the server failed: ") + error.what();
+}
 
 int64_t NowNanos() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
@@ -80,7 +99,7 @@ Connection::~Connection() {
   JoinThreads();
 }
 
-void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Failer fail) {
+void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Failer fail, std::string cancelKey) {
   wire::Message message;
   message.kind = wire::MessageKind::kRequest;
   message.op = op;
@@ -89,11 +108,11 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
     std::lock_guard lock(mMutex);
     if (!mBroken) {
       message.id = mNextId++;
-      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail), op});
+      mPending.emplace(message.id, Pending{std::move(decode), std::move(fail), op, kNotSent, std::move(cancelKey), kNotSent});
     }
   }
   if (message.id == 0) {
-    Fail(Pending{nullptr, std::move(fail), op}, wire::kStatusServerUnavailable);
+    Fail(Pending{nullptr, std::move(fail), op, kNotSent, {}, kNotSent}, wire::kStatusServerUnavailable);
     return;
   }
   try {
@@ -113,7 +132,7 @@ void Connection::Call(const std::string& op, AnyValue body, Decoder decode, Fail
     }
     Fail(std::move(pending), wire::kStatusBadMessage);
   } catch (const std::exception& error) {
-    BreakForFault(std::string("a send to the server failed: ") + error.what());
+    BreakForFault(SendFailureReason(error));
   }
 }
 
@@ -128,11 +147,15 @@ void Connection::MarkSent(uint64_t id) {
 void Connection::FailLostRequests(const AnyValue& pong) {
   const AnyObject& body = wire::AsObject(pong);
   AnyValue ping = wire::OptionalField(body, "ping");
-  AnyValue heldField = wire::OptionalField(body, "held");
-  if (!ping || !heldField) {
-    return;  // a server that doesn't say what it holds, or holds too much to say
+  if (!ping) {
+    return;
   }
   const uint64_t answered = wire::AsUint64(ping);
+  EndUnreachedCancels(answered);
+  AnyValue heldField = wire::OptionalField(body, "held");
+  if (!heldField) {
+    return;  // a server that doesn't say what it holds, or holds too much to say
+  }
   std::set<uint64_t> held;
   for (const auto& id : wire::AsArray(heldField)) {
     held.insert(wire::AsUint64(id));
@@ -160,6 +183,62 @@ void Connection::FailLostRequests(const AnyValue& pong) {
   }
 }
 
+void Connection::EndUnreachedCancels(uint64_t answered) {
+  std::vector<Pending> unreached;
+  {
+    std::lock_guard lock(mMutex);
+    for (auto it = mPending.begin(); it != mPending.end();) {
+      // The server answers a cancel that finds its request before it reads
+      // the next message, so before it answers that ping: the cancel never
+      // got there, and the canceller must not wait for it.
+      if (it->second.cancelSentAfterPing < answered) {
+        mAbandoned.emplace(it->first, it->second.decode);
+        unreached.push_back(std::move(it->second));
+        it = mPending.erase(it);
+      } else {
+        ++it;
+      }
+    }
+  }
+  for (auto& pending : unreached) {
+    Fail(std::move(pending), wire::kStatusRenderCancelled);
+  }
+}
+
+void Connection::NotifyCancel(const std::string& op, AnyValue body, const std::string& cancelKey) {
+  Notify(op, std::move(body));
+  std::lock_guard lock(mMutex);
+  for (auto& [id, pending] : mPending) {
+    // Only a request already sent can be found by the cancel.
+    if (pending.cancelKey == cancelKey && pending.sentAfterPing != kNotSent) {
+      pending.cancelSentAfterPing = mPingsSent;
+    }
+  }
+}
+
+bool Connection::DropAbandonedReply(wire::Message& message) {
+  Decoder decode;
+  {
+    std::lock_guard lock(mMutex);
+    auto it = mAbandoned.find(message.id);
+    if (it == mAbandoned.end()) {
+      return false;
+    }
+    decode = std::move(it->second);
+    mAbandoned.erase(it);
+  }
+  if (message.status == wire::kStatusOK && decode) {
+    try {
+      // The completion holds the reply's buffer: dropping it unrun releases it.
+      Reply reply{message.status, std::move(message.body), std::move(message.fds)};
+      decode(reply);
+    } catch (...) {
+      kilncore::logging::LogException(std::current_exception(), "tether::ipc malformed reply", message.op);
+    }
+  }
+  return true;
+}
+
 void Connection::Notify(const std::string& op, AnyValue body) {
   if (mBroken) {
     return;
@@ -171,7 +250,7 @@ void Connection::Notify(const std::string& op, AnyValue body) {
   try {
     mChannel.Send(message);
   } catch (const std::exception& error) {
-    BreakForFault(std::string("a send to the server failed: ") + error.what());
+    BreakForFault(SendFailureReason(error));
   }
 }
 
@@ -221,6 +300,7 @@ void Connection::Break(int32_t status, const std::string& reason) {
       return;
     }
     pending.swap(mPending);
+    mAbandoned.clear();
   }
   mChannel.Shutdown();
   mHeartbeatWake.notify_all();
@@ -294,10 +374,11 @@ void Connection::ReadLoop() {
     }
   } catch (const std::exception& error) {
     // A stream out of step can't be trusted for any later message.
-    if (!mBroken) {
+    if (!mBroken && !ClosedByServer(error)) {
       kilncore::logging::LogException(std::current_exception(), "tether::ipc::Connection::ReadLoop");
     }
-    reason = std::string("the connection to the server failed: ") + error.what();
+    reason = ClosedByServer(error) ? kClosedByServer
+                                   : std::string("the connection to the server failed: ") + error.what();
   }
   BreakForFault(reason);
 }
@@ -307,11 +388,15 @@ void Connection::HandleReply(wire::Message& message) {
   {
     std::lock_guard lock(mMutex);
     auto it = mPending.find(message.id);
-    if (it == mPending.end()) {
-      return;  // a reply to nothing: a confused server, ignored
+    if (it != mPending.end()) {
+      pending = std::move(it->second);
+      mPending.erase(it);
     }
-    pending = std::move(it->second);
-    mPending.erase(it);
+  }
+  if (!pending.fail) {
+    // A reply to nothing is a confused server's, and ignored.
+    DropAbandonedReply(message);
+    return;
   }
   if (message.status != wire::kStatusOK) {
     // Recorded first, so that a callback that asks why finds the reason.

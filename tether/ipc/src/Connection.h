@@ -71,10 +71,17 @@ class Connection : public std::enable_shared_from_this<Connection> {
   ~Connection();
 
   // Sends a request. Exactly one of the decoder's completion and the failer's
-  // completion runs, once, on the executor.
-  void Call(const std::string& op, AnyValue body, Decoder decode, Failer fail);
+  // completion runs, once, on the executor. `cancelKey`, when given, names
+  // the request for NotifyCancel.
+  void Call(const std::string& op, AnyValue body, Decoder decode, Failer fail, std::string cancelKey = {});
   // Sends a one-way notice; dropped silently on a broken connection.
   void Notify(const std::string& op, AnyValue body);
+  // Sends the notice that cancels the requests called with `cancelKey`. The
+  // server answers a cancelled request at once (kStatusRenderCancelled), so
+  // one still unanswered when the pong to a later ping arrives was not
+  // reached by the notice (lost on the way): the client ends it with that
+  // status itself, and lets go of whatever reply comes for it later.
+  void NotifyCancel(const std::string& op, AnyValue body, const std::string& cancelKey);
   // Told (on a library thread, after its callback was posted) of each
   // request that failed for good: the server's failure status and reason, or
   // status 8 for a request the lost-request rule failed. Not of cancelled
@@ -110,6 +117,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // The number of the last ping that may have left before this request was
     // wholly sent; kNotSent until then. A pong to a later ping judges it.
     uint64_t sentAfterPing = kNotSent;
+    // Names the request for NotifyCancel; empty for most.
+    std::string cancelKey;
+    // Like sentAfterPing, for the last cancel notice that named the request.
+    uint64_t cancelSentAfterPing = kNotSent;
   };
   static constexpr uint64_t kNotSent = UINT64_MAX;
 
@@ -118,6 +129,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Fails every request sent before ping `ping` that the server's pong
   // doesn't list as held: the server never got it, nobody would answer it.
   void FailLostRequests(const AnyValue& pong);
+  // Ends with kStatusRenderCancelled every request whose cancel the server
+  // had read before ping `answered` and still didn't answer.
+  void EndUnreachedCancels(uint64_t answered);
+  // A late reply to a request the client ended itself: its buffer, if any,
+  // goes back to the server at once.
+  bool DropAbandonedReply(wire::Message& message);
   void MarkSent(uint64_t id);
   // Breaks for a fault of the server or the socket, and says so through
   // tether::RecordServerFailure.
@@ -145,6 +162,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::atomic<bool> mBroken{false};
   std::atomic<uint64_t> mNextId{1};
   std::map<uint64_t, Pending> mPending;
+  // The decoders of requests ended by EndUnreachedCancels, until their reply.
+  std::map<uint64_t, Decoder> mAbandoned;
   std::map<std::string, NoticeHandler> mNoticeHandlers;
   std::map<uint64_t, ObjectNoticeHandler> mSubscribers;
   std::atomic<int64_t> mLastHeardNanos{0};

@@ -171,14 +171,21 @@ Connection::Failer BlockFailer(Callback callback, Guid identifier) {
 
 }  // namespace
 
+// A render is cancelled by its renderer and job, so that names it.
+std::string IpcVideoRenderer::CancelKey(const Guid& identifier) const {
+  return std::to_string(Handle()) + "/" + identifier.AsUTF8String();
+}
+
 void IpcVideoRenderer::RenderVideo(RenderCallback callback, const Guid& identifier, const RatioTime& time) {
   Request("video-renderer.render", AnyObject{{"job", wire::ToTree(identifier)}, {"time", wire::RatioToTree(time)}},
-          BlockDecoder(callback, identifier, GetConnection()), BlockFailer(callback, identifier));
+          BlockDecoder(callback, identifier, GetConnection()), BlockFailer(callback, identifier),
+          CancelKey(identifier));
 }
 
 void IpcVideoRenderer::CancelVideoRender(const Guid& identifier) {
-  GetConnection()->Notify("video-renderer.cancel",
-                          MakeAny(AnyObject{{"handle", MakeAny(Handle())}, {"job", wire::ToTree(identifier)}}));
+  GetConnection()->NotifyCancel(
+      "video-renderer.cancel", MakeAny(AnyObject{{"handle", MakeAny(Handle())}, {"job", wire::ToTree(identifier)}}),
+      CancelKey(identifier));
 }
 
 void IpcAudioRenderer::RenderAudio(RenderCallback callback, const Guid& identifier) {

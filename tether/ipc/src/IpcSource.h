@@ -78,6 +78,9 @@ class IpcVideoRenderer : public VideoRenderer, protected RemoteObject {
   void RenderVideo(RenderCallback callback, const kilncore::utility::Guid& identifier,
                    const RatioTime& time) override;
   void CancelVideoRender(const kilncore::utility::Guid& identifier) override;
+
+ private:
+  std::string CancelKey(const kilncore::utility::Guid& identifier) const;
 };
 
 // A server-side audio reader.

@@ -25,10 +25,10 @@ class RemoteObject {
   RemoteObject& operator=(const RemoteObject&) = delete;
 
   // A request about this object: `arguments` plus the object's handle.
-  void Request(const std::string& op, AnyObject arguments, Connection::Decoder decode,
-               Connection::Failer fail) const {
+  void Request(const std::string& op, AnyObject arguments, Connection::Decoder decode, Connection::Failer fail,
+               std::string cancelKey = {}) const {
     arguments["handle"] = MakeAny(mHandle);
-    mConnection->Call(op, MakeAny(std::move(arguments)), std::move(decode), std::move(fail));
+    mConnection->Call(op, MakeAny(std::move(arguments)), std::move(decode), std::move(fail), std::move(cancelKey));
   }
 
   const std::shared_ptr<Connection>& GetConnection() const { return mConnection; }
