@@ -7,7 +7,10 @@
 namespace tetherserver {
 
 InProcessServer::InProcessServer(Session::Options options)
-    : mOptions(std::move(options)), mContent(std::make_shared<SessionProjectContent>()) {
+    : InProcessServer(std::make_shared<SessionProjectContent>(), std::move(options)) {}
+
+InProcessServer::InProcessServer(std::shared_ptr<const SessionContent> content, Session::Options options)
+    : mOptions(std::move(options)), mContent(std::move(content)) {
   if (!mOptions.fonts) {
     mOptions.fonts = std::make_shared<FontSet>();
   }

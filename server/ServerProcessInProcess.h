@@ -19,6 +19,9 @@ namespace tetherserver {
 class InProcessServer {
  public:
   explicit InProcessServer(Session::Options options = {});
+  // A server of `content` only (tests that need a server without some
+  // owning application).
+  InProcessServer(std::shared_ptr<const SessionContent> content, Session::Options options);
   // Stops every session and joins its thread.
   ~InProcessServer();
 

@@ -21,7 +21,7 @@ using kilncore::classref::InterfaceRef;
 
 TEST_P(ImportExamplesTest, EverySampleCompositionImportsWithItsFilesTiming) {
   const std::vector<ExampleComposition> all = mExamples.AllCompositions();
-  ASSERT_EQ(all.size(), 9u);  // 1 in simple, 5 in nested, 1 in title, 1 in captioned, 1 in linked
+  ASSERT_EQ(all.size(), 10u);  // 1 in simple, 5 in nested, 1 in title, 1 in captioned, 1 in linked, 1 in markers
   for (const ExampleComposition& example : all) {
     const tetherserver::Composition& composition = *example.composition;
     SCOPED_TRACE(composition.name);
