@@ -32,6 +32,16 @@ class DocumentJson {
 
   // Reads the whole file; kFileMissing or kUnreadable.
   static std::string ReadFile(const std::filesystem::path& path);
+  // Reads the file at `path` and gives its text to `parse` (text, path): the
+  // readers' Open, with a file that can't be read as the outcome's failure.
+  template <typename Document, typename Parse>
+  static Outcome<Document> Open(const std::filesystem::path& path, Parse parse) {
+    try {
+      return parse(ReadFile(path), path);
+    } catch (const Error& error) {
+      return Outcome<Document>::Failure(error.kind, error.what());
+    }
+  }
   // Parses `text` as a JSON object whose "format" is `format` and whose
   // "version" is 1: a file of another owner fails here, by name.
   static void ParseDocument(rapidjson::Document& document, std::string_view text, const std::string& format);

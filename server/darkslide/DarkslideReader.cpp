@@ -33,11 +33,7 @@ DarkslidePhoto ReadPhoto(const J::Value& value, const std::string& path) {
 }  // namespace
 
 Outcome<DarkslideCatalogue> DarkslideReader::Open(const std::filesystem::path& path) {
-  try {
-    return Parse(J::ReadFile(path), path);
-  } catch (const J::Error& error) {
-    return Outcome<DarkslideCatalogue>::Failure(error.kind, error.what());
-  }
+  return J::Open<DarkslideCatalogue>(path, &DarkslideReader::Parse);
 }
 
 Outcome<DarkslideCatalogue> DarkslideReader::Parse(std::string_view text, const std::filesystem::path& path) {

@@ -41,11 +41,7 @@ EaselLayer ReadLayer(const J::Value& value, const std::string& path) {
 }  // namespace
 
 Outcome<EaselDocument> EaselReader::Open(const std::filesystem::path& path) {
-  try {
-    return Parse(J::ReadFile(path), path);
-  } catch (const J::Error& error) {
-    return Outcome<EaselDocument>::Failure(error.kind, error.what());
-  }
+  return J::Open<EaselDocument>(path, &EaselReader::Parse);
 }
 
 Outcome<EaselDocument> EaselReader::Parse(std::string_view text, const std::filesystem::path& path) {

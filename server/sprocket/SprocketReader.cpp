@@ -60,11 +60,7 @@ SprocketScene ReadScene(const J::Value& value, const std::string& path) {
 }  // namespace
 
 Outcome<SprocketDocument> SprocketReader::Open(const std::filesystem::path& path) {
-  try {
-    return Parse(J::ReadFile(path), path);
-  } catch (const J::Error& error) {
-    return Outcome<SprocketDocument>::Failure(error.kind, error.what());
-  }
+  return J::Open<SprocketDocument>(path, &SprocketReader::Parse);
 }
 
 Outcome<SprocketDocument> SprocketReader::Parse(std::string_view text, const std::filesystem::path& path) {
