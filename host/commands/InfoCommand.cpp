@@ -6,6 +6,7 @@
 #include <host/session/HostSession.h>
 #include <host/session/LinkQuestions.h>
 #include <host/session/LinkedClip.h>
+#include <host/session/MissingAssetsProbe.h>
 #include <host/session/ProgressView.h>
 
 #include <TetherMedia/MissingAssets.h>
@@ -22,11 +23,16 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
     // The owner's own description of the item comes first, as the host's
     // media properties show it; then the streams, fonts and missing assets.
     const std::vector<std::string> lines = ItemMetadata::DescriptionLines(clip.Item());
-    session.Progress().Print(options.json
-                                 ? ItemMetadata::WithDescriptionLines(DescriptionJson(description, fonts), lines)
-                                 : ItemMetadata::DescriptionLinesText(lines) + DescriptionText(description) +
-                                       MissingFontsText(fonts) +
-                                       LinkText(ContainsLink(clip.Item())));
+    const auto lacking = MissingAssetsProbe::Ask(options.project);
+    if (options.json) {
+      const std::string json = ItemMetadata::WithDescriptionLines(DescriptionJson(description, fonts), lines);
+      session.Progress().Print(ItemMetadata::WithStrings(json, "missing_media", MissingAssetsProbe::MediaFiles(lacking)));
+    } else {
+      session.Progress().Print(ItemMetadata::DescriptionLinesText(lines) + DescriptionText(description) +
+                               MissingFontsText(fonts) +
+                               (lacking ? MissingAssetsProbe::MediaText(*lacking) : std::string()) +
+                               LinkText(ContainsLink(clip.Item())));
+    }
     return 0;
   });
 }

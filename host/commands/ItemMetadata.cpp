@@ -74,15 +74,20 @@ std::string DescriptionLinesText(const std::vector<std::string>& lines) {
 }
 
 std::string WithDescriptionLines(const std::string& json, const std::vector<std::string>& lines) {
+  return WithStrings(json, "description_lines", lines);
+}
+
+std::string WithStrings(const std::string& json, const char* name, const std::vector<std::string>& values) {
   rapidjson::Document document;
   document.Parse(json.c_str(), json.size());
   if (document.HasParseError() || !document.IsObject()) return json;
   rapidjson::Value array(rapidjson::kArrayType);
-  for (const std::string& line : lines) {
-    array.PushBack(rapidjson::Value(line.c_str(), static_cast<rapidjson::SizeType>(line.size()), document.GetAllocator()),
-                   document.GetAllocator());
+  for (const std::string& value : values) {
+    array.PushBack(
+        rapidjson::Value(value.c_str(), static_cast<rapidjson::SizeType>(value.size()), document.GetAllocator()),
+        document.GetAllocator());
   }
-  document.AddMember("description_lines", array, document.GetAllocator());
+  document.AddMember(rapidjson::StringRef(name), array, document.GetAllocator());
   rapidjson::StringBuffer buffer;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
   document.Accept(writer);

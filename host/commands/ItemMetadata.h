@@ -27,6 +27,8 @@ std::vector<std::string> DescriptionLines(const MediaItem& item);
 std::string DescriptionLinesText(const std::vector<std::string>& lines);
 // `json` (one JSON object) with the member "description_lines" added.
 std::string WithDescriptionLines(const std::string& json, const std::vector<std::string>& lines);
+// `json` (one JSON object) with the member `name`, an array of `values`, added.
+std::string WithStrings(const std::string& json, const char* name, const std::vector<std::string>& values);
 
 // Writes the item's XMP packet to `path` and gives the line that says so. A
 // server that fails is a HostError; an item without a packet gets an empty

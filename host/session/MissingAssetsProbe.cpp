@@ -111,4 +111,12 @@ std::string MissingAssetsProbe::MediaText(const Report& report) {
   return text;
 }
 
+std::vector<std::string> MissingAssetsProbe::MediaFiles(const std::optional<Report>& report) {
+  std::vector<std::string> files;
+  if (report) {
+    for (const auto& file : report->assets.files) files.push_back(UTF16to8(file));
+  }
+  return files;
+}
+
 }  // namespace tetherhost

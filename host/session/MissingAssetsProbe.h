@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tetherhost {
 
@@ -32,6 +33,8 @@ class MissingAssetsProbe {
   // anything. (Missing fonts come from the module's registry, as a host
   // shows them.)
   static std::string MediaText(const Report& report);
+  // The missing media files (UTF-8 paths), as data; none without a report.
+  static std::vector<std::string> MediaFiles(const std::optional<Report>& report);
 };
 
 }  // namespace tetherhost

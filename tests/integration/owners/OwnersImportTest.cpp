@@ -13,6 +13,8 @@
 
 #include <kilncore/utility/Guid.h>
 
+#include <rapidjson/document.h>
+
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -133,6 +135,22 @@ TEST_F(OwnersImportTest, SummaryListsTheMediaAndFontsASceneLacks) {
   EXPECT_NE(run.out.find("missing media: " + (kExamples / "textures/crate-wood.png").string() + "\n"),
             std::string::npos)
       << run.out;
+}
+
+TEST_F(OwnersImportTest, InfoListsTheMediaASceneLacksForPeopleAndAsData) {
+  const std::string scene = "'" + (kExamples / "turntable.spkscene").string() + "' --item " + kTurntable;
+  const std::string texture = (kExamples / "textures/crate-wood.png").string();
+  const HostRun text = Tetherhost("info " + scene);
+  ASSERT_EQ(text.status, 0) << text.err;
+  EXPECT_NE(text.out.find("missing media: " + texture + "\n"), std::string::npos) << text.out;
+  const HostRun json = Tetherhost("info " + scene + " --json");
+  ASSERT_EQ(json.status, 0) << json.err;
+  rapidjson::Document document;
+  document.Parse(json.out.c_str());
+  ASSERT_FALSE(document.HasParseError()) << json.out;
+  ASSERT_TRUE(document.HasMember("missing_media")) << json.out;
+  ASSERT_EQ(document["missing_media"].Size(), 1u);
+  EXPECT_EQ(std::string(document["missing_media"][0].GetString()), texture);
 }
 
 TEST_F(OwnersImportTest, SprocketSourceTypeProjectOpensWithTheClipsRenderOptions) {
