@@ -331,7 +331,10 @@ void AddImportCommand(CommandLine& commandLine) {
   // Where frames go unless --out says: TETHERHOST_OUT, as in the set-up script.
   if (const char* out = std::getenv("TETHERHOST_OUT"); out != nullptr && *out != '\0') options->out = out;
   CLI::App* import = commandLine.AddCommand(
-      "import", "import a composition and write its frames and audio", [options] {
+      "import",
+      "import a linked item (composition, sequence, scene, document, photo, remote asset) and write its frames "
+      "and audio",
+      [options] {
         HostSession session;
         return RunImport(session, *options);
       });

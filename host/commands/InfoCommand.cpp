@@ -39,7 +39,7 @@ int RunInfo(HostSession& session, const InfoOptions& options) {
 
 void AddInfoCommand(CommandLine& commandLine) {
   auto options = std::make_shared<InfoOptions>();
-  CLI::App* info = commandLine.AddCommand("info", "describe a composition as the host sees it", [options] {
+  CLI::App* info = commandLine.AddCommand("info", "describe a linked item as the host sees it", [options] {
     HostSession session;
     return RunInfo(session, *options);
   });

@@ -228,7 +228,7 @@ void AddPlayCommand(CommandLine& commandLine) {
   auto options = std::make_shared<PlayOptions>();
   auto unpaced = std::make_shared<bool>(false);
   CLI::App* play = commandLine.AddCommand(
-      "play", "play a composition as a host's player does and report how it went", [options, unpaced] {
+      "play", "play a linked item as a host's player does and report how it went", [options, unpaced] {
         options->paced = !*unpaced;
         HostSession session;
         return RunPlay(session, *options);
