@@ -172,15 +172,22 @@ int RunWatch(HostSession& session, const WatchOptions& options) {
     const Clock::time_point started = Clock::now();
     int changes = 0;
     int offline = 0;
+    bool isOffline = false;
     while (!Interruption::Requested()) {
       const std::optional<WatchEvents::Event> event = events->Next(std::chrono::milliseconds(200));
       if (!event) continue;
       if (event->kind == WatchEvents::Kind::kOffline) {
+        // Every refresh that finds the file gone says so again (a save's
+        // several reports can still be on their way when the file is
+        // deleted); the item went offline once, as a host's bin shows it.
+        if (isOffline) continue;
+        isOffline = true;
         ++offline;
         session.Progress().Print("offline:       " + event->cause + ": the item is offline, " + LatencyText(*event) +
                                  "; its last frame stays\n");
         continue;
       }
+      isOffline = false;
       ++changes;
       description = clip.Describe();
       const std::filesystem::path frame = WriteFrame(clip, description, options.out, written++);
