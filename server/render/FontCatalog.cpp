@@ -9,7 +9,17 @@
 #include <utility>
 #include <vector>
 
+// gcc says it builds with the address sanitizer by a macro, clang by a feature
+// test (the fuzz targets are built with clang).
 #if defined(__SANITIZE_ADDRESS__)
+#define TETHER_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TETHER_ADDRESS_SANITIZER 1
+#endif
+#endif
+
+#if defined(TETHER_ADDRESS_SANITIZER)
 // fontconfig's parser of its configuration files keeps a few allocations of
 // its own that nothing frees (fontconfig 2.14); they are not ours, and would
 // fail every sanitizer run of a process that looks up a font. Read by the
