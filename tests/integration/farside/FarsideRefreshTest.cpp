@@ -99,12 +99,13 @@ class FarsideRefreshTest : private ServerCacheFolder, public ModuleRoadTest {
     mService.reset();
   }
 
-  // Opens the asset `linkText` links to into mClip, as a host that pastes a link does.
-  bool OpenByLink(const std::string& linkText) {
+  // Opens the asset `linkText` links to into mClip, as a host that pastes a
+  // link does, on a server of the family `type`.
+  bool OpenByLink(const std::string& linkText,
+                  tether::FarsideAssetServerType type = tether::kFarsideAssetServerTypeMarl) {
     InterfaceRef<KL::IMediaInfo> item;
     RL::BinaryData prefs;
-    const int code = OpenFarsideLinkedAsset(ImmutableString("Trailer"), ImmutableString(linkText), item, prefs,
-                                            tether::kFarsideAssetServerTypeMarl);
+    const int code = OpenFarsideLinkedAsset(ImmutableString("Trailer"), ImmutableString(linkText), item, prefs, type);
     mClip.emplace(std::move(item), std::move(prefs), code);
     return code == 0;
   }
@@ -130,13 +131,19 @@ class FarsideRefreshTest : private ServerCacheFolder, public ModuleRoadTest {
   // Publishes version `version` of the production, a copy of version 2 whose
   // Titles background is `color`, and makes it the latest.
   void PublishVersion(const std::string& version, const std::string& color) {
+    PublishVersion(version, "titles.marlp", "\"color\": [0.1, 0.1, 0.12, 1.0]", "\"color\": " + color);
+  }
+
+  // Publishes version `version`, a copy of version 2 in which `from` in the
+  // asset file `file` reads `to`, and makes it the latest.
+  void PublishVersion(const std::string& version, const std::string& file, const std::string& from,
+                      const std::string& to) {
     const fs::path folder = mRoot / "Trailer" / version;
     fs::copy(mRoot / "Trailer" / "2", folder, fs::copy_options::recursive);
-    std::string titles = ReadText(folder / "titles.marlp");
-    const std::string from = "\"color\": [0.1, 0.1, 0.12, 1.0]";
-    ASSERT_NE(titles.find(from), std::string::npos);
-    titles.replace(titles.find(from), from.size(), "\"color\": " + color);
-    WriteText(folder / "titles.marlp", titles);
+    std::string text = ReadText(folder / file);
+    ASSERT_NE(text.find(from), std::string::npos);
+    text.replace(text.find(from), from.size(), to);
+    WriteText(folder / file, text);
     WriteText(mRoot / "Trailer" / "production.json", R"({"latest": ")" + version + R"(", "formerNames": ["Trailer draft"]})");
   }
 
@@ -200,6 +207,24 @@ TEST_P(FarsideRefreshTest, ANewVersionOfALinkedAssetChangesTheContentStateTheFra
   // The server drew the new version: its stamp carries the new content state.
   KL::IVideoSource::Frame frame;
   ASSERT_EQ(GetFrameAsTheHostDoes(*mClip, TickTime(0), format, frame), 0);
+  const auto stamp = StampOf(frame);
+  ASSERT_TRUE(stamp);
+  EXPECT_EQ(stamp->contentState, ContentState());
+  EXPECT_EQ(messages.Deleted(), 0);
+}
+
+TEST_P(FarsideRefreshTest, ANewVersionOfALinkedHostProjectReachesTheHostsSequenceToo) {
+  ASSERT_TRUE(OpenByLink(R"({"production":"Trailer","mediaPath":"/Edits/Promo","version":"","asset":"Edit"})",
+                         tether::kFarsideAssetServerTypeTolmen))
+      << mClip->ImportResult();
+  const Guid stateBefore = ContentState();
+  ItemMessages messages(*mClip->Item());
+  PublishVersion("3", "edit.tlmproj", "Coming soon", "Out now");
+  EXPECT_EQ(Refresh(), 0);
+  ASSERT_TRUE(messages.WaitFor(1, 0));
+  EXPECT_NE(ContentState(), stateBefore);
+  KL::IVideoSource::Frame frame;
+  ASSERT_EQ(GetFrameAsTheHostDoes(*mClip, TickTime(0), SettledBGRA(), frame), 0);
   const auto stamp = StampOf(frame);
   ASSERT_TRUE(stamp);
   EXPECT_EQ(stamp->contentState, ContentState());
