@@ -97,6 +97,9 @@ struct Session::Object {
   Kind kind;
   std::string application;
   std::shared_ptr<const SessionProject> project;
+  // Sources and renderers of a remote asset: the asset's openings, which
+  // take the place of a project.
+  std::shared_ptr<FarsideAssetFollower> asset;
   std::shared_ptr<const SessionItem> item;
   tether::SourceInfo info;
   tether::VideoRenderOptions video;
@@ -497,6 +500,7 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
     if (object->project) object->generation = object->project->ContentGeneration();
     reply["handle"] = MakeAny(Store(object));
     reply["info"] = ToTree(object->info);
+    return object;
   };
 
   if (op == "typed.connect-linked-server") {
@@ -535,12 +539,16 @@ int32_t Session::Handle(const std::string& op, const Body& args, uint64_t id, Bo
   if (op == "server.open-farside-asset") {
     expect(Kind::kServer);
     int32_t status = kStatusFailed;
-    auto item =
-        mContent->OpenFarsideAsset(target->application, AssetRequestFromTree(Field(args, "request")), status);
+    const tether::FarsideAssetRequestInfo request = AssetRequestFromTree(Field(args, "request"));
+    auto item = mContent->OpenFarsideAsset(target->application, request, status);
     if (!item) {
       return status == kStatusOK ? kStatusFailed : status;
     }
-    storeSource(std::move(item));
+    const std::shared_ptr<FarsideAssetFollower> follower = FollowerOf(request);
+    const uint64_t generation = follower->Update(item);
+    const std::shared_ptr<Object> object = storeSource(std::move(item));
+    object->asset = follower;
+    object->generation = generation;
     return kStatusOK;
   }
   if (op == "server.open-project") {
@@ -804,6 +812,7 @@ int32_t Session::RenderAudio(Object& renderer, uint64_t id) {
 
 void Session::FollowProject(Object& renderer, const Object& source) {
   renderer.project = source.project;
+  renderer.asset = source.asset;
   renderer.info.sourceID = source.info.sourceID;
   renderer.generation = source.generation;
 }
@@ -816,7 +825,19 @@ std::shared_ptr<const SessionItem> Session::CurrentItem(Object& renderer) {
     renderer.generation = renderer.project->ContentGeneration();
     if (auto fresh = renderer.project->CurrentItem(renderer.info.sourceID)) renderer.item = std::move(fresh);
   }
+  // A remote asset opened again since: draw what the latest opening found.
+  if (renderer.asset && renderer.asset->Generation() != renderer.generation) {
+    renderer.generation = renderer.asset->Generation();
+    if (auto fresh = renderer.asset->Item()) renderer.item = std::move(fresh);
+  }
   return renderer.item;
+}
+
+std::shared_ptr<FarsideAssetFollower> Session::FollowerOf(const tether::FarsideAssetRequestInfo& request) {
+  std::lock_guard lock(mAssetsMutex);
+  std::shared_ptr<FarsideAssetFollower>& follower = mAssets[FarsideAssetFollower::KeyOf(request)];
+  if (!follower) follower = std::make_shared<FarsideAssetFollower>();
+  return follower;
 }
 
 bool Session::FitsClient(size_t bytes) const {

@@ -2,6 +2,7 @@
 
 #include "FontSet.h"
 #include "SessionContent.h"
+#include "farside/FarsideAssetFollower.h"
 
 #include <tether/wire/BufferPool.h>
 #include <tether/wire/Channel.h>
@@ -98,10 +99,14 @@ class Session {
   int32_t OpenProject(uint64_t serverHandle, Object& server, const Body& args, Body& reply);
   int32_t RenderVideo(Object& renderer, const Body& args, uint64_t id);
   int32_t RenderAudio(Object& renderer, uint64_t id);
-  // A renderer follows the project of the source it was made for.
+  // A renderer follows the project (or remote asset) of the source it was made
+  // for.
   static void FollowProject(Object& renderer, const Object& source);
-  // The item a renderer draws now: that of the project's current content.
+  // The item a renderer draws now: that of the project's current content, or
+  // of the latest opening of its remote asset.
   static std::shared_ptr<const SessionItem> CurrentItem(Object& renderer);
+  // The record of the openings of the remote asset `request` names.
+  std::shared_ptr<FarsideAssetFollower> FollowerOf(const tether::FarsideAssetRequestInfo& request);
 
   tether::wire::Channel mChannel;
   std::shared_ptr<const SessionContent> mContent;
@@ -121,6 +126,9 @@ class Session {
 
   std::mutex mJobsMutex;
   std::map<uint64_t, Job> mJobs;  // by request id
+
+  std::mutex mAssetsMutex;
+  std::map<std::string, std::shared_ptr<FarsideAssetFollower>> mAssets;  // by FarsideAssetFollower::KeyOf
 
   std::mutex mQueueMutex;
   std::condition_variable mQueueWake;

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace TetherMedia::integration {
 
 using kilncore::classref::InterfaceRef;
@@ -28,6 +30,9 @@ HostClip::HostClip(const kilncore::WideString& path, const Guid& id, const tethe
   mImportResult =
       TetherMediaModule().ImportFile(mItem, path, 0, 0, mPrefs, prefsChanged, true, false, u"", 0, nullptr, 0, nullptr);
 }
+
+HostClip::HostClip(InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs, int32_t result)
+    : mPrefs(std::move(prefs)), mItem(std::move(item)), mImportResult(result) {}
 
 InterfaceRef<RL::ISource> HostClip::Stream(const Guid& mediaType) const {
   InterfaceRef<RL::ISource> stream;

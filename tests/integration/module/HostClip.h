@@ -26,6 +26,9 @@ class HostClip {
   // clip's render options (none when left at their defaults).
   HostClip(const kilncore::WideString& path, const kilncore::utility::Guid& id,
            const tether::MarlRenderOptions* options = nullptr);
+  // A clip of an item that the host opened on another road (a remote asset),
+  // with the prefs and the result that opening gave.
+  HostClip(kilncore::classref::InterfaceRef<KL::IMediaInfo> item, RL::BinaryData prefs, int32_t result);
 
   int32_t ImportResult() const { return mImportResult; }
   const kilncore::classref::InterfaceRef<KL::IMediaInfo>& Item() const { return mItem; }

@@ -3,6 +3,7 @@
 // identity and pixels; a font installed into the machine's fonts reaches a
 // Marl item with text, and not a host project's sequence; circles of links
 // between projects are reported without hanging the server.
+#include "ItemMessages.h"
 #include "ModuleRoadTest.h"
 
 #include <server/render/FontCatalog.h>
@@ -48,35 +49,7 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }
 
-// The change and offline messages that reach one item's station.
-class Messages {
- public:
-  explicit Messages(const KL::IMediaInfo& item)
-      : mStation(kilncore::messaging::FindStation(item.GetStationID())), mCounts(std::make_shared<Counts>()) {
-    mStation->AddListener([counts = mCounts](const kilncore::messaging::Message& message) {
-      if (kilncore::messaging::MessageCast<KL::MediaInfoChangedMessage>(message)) ++counts->changed;
-      if (kilncore::messaging::MessageCast<KL::MediaInfoDeletedMessage>(message)) ++counts->deleted;
-    });
-  }
-  // Pumps the host's user-interface queue, as its main loop does, until the
-  // counts reach what is wanted.
-  bool WaitFor(int changed, int deleted) {
-    return WaitUntil([&] {
-      kilncore::messaging::PumpUIThreadMessages();
-      return mCounts->changed >= changed && mCounts->deleted >= deleted;
-    });
-  }
-  int Changed() const { return mCounts->changed; }
-  int Deleted() const { return mCounts->deleted; }
-
- private:
-  struct Counts {
-    int changed = 0;
-    int deleted = 0;
-  };
-  std::shared_ptr<kilncore::messaging::Station> mStation;
-  std::shared_ptr<Counts> mCounts;
-};
+using Messages = ItemMessages;
 
 std::vector<uint8_t> Pixels(const HostClip& clip, TickTime time, const RL::FrameFormat& format) {
   KL::IVideoSource::Frame frame;
