@@ -15,7 +15,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <fstream>
 #include <mutex>
@@ -40,8 +42,11 @@ class FarsideServiceClientTest : public ::testing::Test {
     settings.tokens.Add("ann", kToken);
     settings.tokens.Add("bob", "expired-token", std::chrono::system_clock::now() - std::chrono::hours(1));
     settings.log = [this](const std::string& line) {
-      std::lock_guard lock(mLogMutex);
-      mLog += line + "\n";
+      {
+        std::lock_guard lock(mLogMutex);
+        mLog += line + "\n";
+      }
+      mLogged.notify_all();
     };
     mService = std::make_unique<farside::FarsideService>(std::move(settings));
     mService->Start();
@@ -63,6 +68,16 @@ class FarsideServiceClientTest : public ::testing::Test {
     return mLog;
   }
 
+  // The log once it holds `lines` lines (or after 10 s): the service writes a
+  // request's line after it has answered, so the answer can come first.
+  std::string LogOfAtLeast(size_t lines) {
+    std::unique_lock lock(mLogMutex);
+    mLogged.wait_for(lock, std::chrono::seconds(10), [&] {
+      return static_cast<size_t>(std::count(mLog.begin(), mLog.end(), '\n')) >= lines;
+    });
+    return mLog;
+  }
+
   // The error that `call` throws; fails the test if it throws none.
   template <class Call>
   static FarsideServiceError ErrorOf(Call call) {
@@ -77,6 +92,7 @@ class FarsideServiceClientTest : public ::testing::Test {
 
   std::unique_ptr<farside::FarsideService> mService;
   std::mutex mLogMutex;
+  std::condition_variable mLogged;
   std::string mLog;
 };
 
@@ -121,7 +137,7 @@ TEST_F(FarsideServiceClientTest, ARequestWithoutATokenIsRefused) {
 TEST_F(FarsideServiceClientTest, TheLogNamesTheAccountButNeverTheToken) {
   Client().WhoAmI();
   ErrorOf([&] { Client("expired-token").WhoAmI(); });
-  const std::string log = Log();
+  const std::string log = LogOfAtLeast(2);
   EXPECT_NE(log.find("GET /v1/whoami 200 ann"), std::string::npos) << log;
   EXPECT_EQ(log.find(kToken), std::string::npos) << log;
   EXPECT_EQ(log.find("expired-token"), std::string::npos) << log;
