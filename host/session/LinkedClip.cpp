@@ -7,6 +7,8 @@
 
 #include <ProjectXML/ProjectXMLError.h>
 
+#include <tether/ServerFailure.h>
+
 #include <KL/IMediaFile.h>
 #include <KL/IMediaMetaData.h>
 #include <RL/MediaType.h>
@@ -56,6 +58,10 @@ class ItemPicker {
       // Only Marl projects list their items here; an item of another owner (a
       // host project's sequence) is linked by its identifier, as a host does
       // for a clip it already has, and its server says whether it exists.
+      // The listing's failure ("not a project of the Marl family") is not the
+      // import's: left standing, it would read as the reason of whatever
+      // fails next.
+      tether::ClearLastServerFailure();
       sourceID = wantedID;
       return 0;
     }
