@@ -1,6 +1,7 @@
 // tetherhost run as a user runs it: each command's output, files and exit
 // status, with the reference server started on demand by the link.
 
+#include "RunTetherhost.h"
 #include <host/output/PngFile.h>
 #include <host/output/WavFile.h>
 #include <server/render/AudioSynthesizer.h>
@@ -55,18 +56,10 @@ class TetherhostTest : public ::testing::Test {
   // Runs tetherhost with `arguments` (already quoted for the shell) and an
   // optional environment prefix, and collects what it printed.
   Outcome Tetherhost(const std::string& arguments, const std::string& environment = {}) {
-    const fs::path out = mFolder / "stdout.txt";
-    const fs::path err = mFolder / "stderr.txt";
-    const std::string command = environment + " TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                                std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " >'" + out.string() +
-                                "' 2>'" + err.string() + "' </dev/null";
-    const int raw = std::system(command.c_str());
-    Outcome run;
-    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    run.out = ReadAll(out);
-    run.err = ReadAll(err);
-    return run;
+    const tetherhosttest::SeparateStreams run = tetherhosttest::RunTetherhostApart(arguments, mFolder, environment);
+    return Outcome{run.status, run.out, run.err};
   }
+
 
   static std::string Example(const char* name) { return "'" + (kExamples / name).string() + "'"; }
 

@@ -5,6 +5,7 @@
 // sample for sample, the summary by its lines, and bad files end with the
 // server's reason.
 
+#include <tests/integration/host/RunTetherhost.h>
 #include <host/output/PngFile.h>
 #include <host/output/WavFile.h>
 #include <server/render/AudioSynthesizer.h>
@@ -64,14 +65,10 @@ class OwnersImportTest : public ::testing::Test {
   }
 
   HostRun Tetherhost(const std::string& arguments, const std::string& environment = {}) {
-    const fs::path out = mFolder / "stdout.txt";
-    const fs::path err = mFolder / "stderr.txt";
-    const std::string command = environment + " TETHER_SERVER_EXECUTABLE='" TETHER_TEST_SERVER_EXECUTABLE "' '" +
-                                std::string(TETHER_TEST_TETHERHOST) + "' " + arguments + " >'" + out.string() +
-                                "' 2>'" + err.string() + "' </dev/null";
-    const int raw = std::system(command.c_str());
-    return HostRun{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, ReadAll(out), ReadAll(err)};
+    const tetherhosttest::SeparateStreams run = tetherhosttest::RunTetherhostApart(arguments, mFolder, environment);
+    return HostRun{run.status, run.out, run.err};
   }
+
 
   // Imports `file`'s item `id` with `extra` options, frames into out/.
   HostRun Import(const fs::path& file, const std::string& id, const std::string& extra = {},
